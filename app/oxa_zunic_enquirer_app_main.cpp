@@ -1,0 +1,126 @@
+#include "app/oxa_zunic_enquirer_app_main.h"
+
+#include "app/option_table.h"
+#include "app/query_filters.h"
+#include "enquirer/oxa_zunic_enquirer.h"
+
+#include <dlt/dlt.h>
+#include <iostream>
+#include <list>
+#include <string>
+
+namespace {
+
+struct RunSettings
+{
+    std::string channelName = "OXABus";
+    std::string outputDirectory = "./enquirer_output";
+};
+
+void registerWithDlt()
+{
+    dlt_check_library_version("2", "17");
+    dlt_register_app("OZEN", "Zunic Enquirer");
+    // Without this the library's exit handler waits for ten seconds when no daemon is there to take its messages.
+    dlt_set_resend_timeout_atexit(0);
+}
+
+std::string valueOf(const OxaCommandLineOptionString& option)
+{
+    const char* value = nullptr;
+    option.getArgumentValue(value);
+    return value != nullptr ? value : "";
+}
+
+/// Returns the result of the last value fetched, cOk when none was.
+OxaResult readSettings(const OptionTable& options, RunSettings& settings)
+{
+    OxaResult result = OxaResult::cOk;
+    if (options.outputDirectory.isSet()) {
+        const char* value = nullptr;
+        result = options.outputDirectory.getArgumentValue(value);
+        settings.outputDirectory = value != nullptr ? value : "";
+    }
+    if (options.channelName != nullptr && options.channelName->hasValues()) {
+        std::list<std::string> values;
+        result = options.channelName->getValues(values);
+        if (result == OxaResult::cOk) {
+            settings.channelName = values.front();
+        }
+    }
+    return result;
+}
+
+OxaResult query(Oxa::OxaZunicEnquirer& enquirer, const OptionTable& options)
+{
+    const std::string interfaceName = options.interfaceName.isSet() ? valueOf(options.interfaceName) : "";
+    const std::string roleName = options.roleName.isSet() ? valueOf(options.roleName) : "";
+    const std::string domainName = options.domainName.isSet() ? valueOf(options.domainName) : "local";
+
+    bool useType = false;
+    Oxa::InterfaceInstanceType type = Oxa::eInterfaceInstanceTypeUndefined;
+    if (options.interfaceType.isSet()) {
+        const std::string word = valueOf(options.interfaceType);
+        useType = getInterfaceType(word.c_str(), type);
+        if (!useType) {
+            std::cerr << "Warning: ignoring unrecognised interface type \"" << word << "\"" << std::endl;
+        }
+    }
+    bool useState = false;
+    OxaZunic::OxaZunicRegistrationState state = OxaZunic::eOxaZunicRegistrationStateInvalid;
+    if (options.registrationState.isSet()) {
+        const std::string word = valueOf(options.registrationState);
+        useState = getRegistrationState(word.c_str(), state);
+        if (!useState) {
+            std::cerr << "Warning: ignoring unrecognised registration state \"" << word << "\"" << std::endl;
+        }
+    }
+    return enquirer.matchInterface(interfaceName, roleName, domainName, useType, type, useState, state);
+}
+
+OxaResult queryOrReport(Oxa::OxaZunicEnquirer& enquirer, const OptionTable& options)
+{
+    if (options.interfaceName.isSet() || options.roleName.isSet() || options.domainName.isSet()) {
+        return query(enquirer, options);
+    }
+    if (options.interfaceType.isSet() || options.registrationState.isSet()) {
+        std::cerr << "Error: -t and -s can only be used with -i and/or -r" << std::endl;
+        return OxaResult::cParameterInvalid;
+    }
+    return enquirer.startEnquirer();
+}
+
+OxaResult run(const RunSettings& settings, const OptionTable& options)
+{
+    Oxa::OxaZunicEnquirer enquirer(settings.outputDirectory, !options.noBackup.isSet(), options.dot.isSet());
+    OxaResult result = enquirer.init(settings.channelName);
+    if (result == OxaResult::cOk) {
+        result = queryOrReport(enquirer, options);
+    } else {
+        std::cerr << "Failed to initialise (using shared memory channel name \"" << settings.channelName << "\")"
+                  << std::endl;
+    }
+    enquirer.cleanup();
+    return result;
+}
+
+} // namespace
+
+int OxaZunicEnquirerAppMain(int argc, char** argv)
+{
+    registerWithDlt();
+
+    RunSettings settings;
+    OptionTable options;
+    OxaResult result = options.parser.parse(argc, argv);
+    if (result == OxaResult::cOk) {
+        if (options.consoleLog.isSet()) {
+            dlt_enable_local_print();
+        }
+        result = readSettings(options, settings);
+    }
+    if (result == OxaResult::cOk) {
+        result = run(settings, options);
+    }
+    return static_cast<int>(result.code());
+}
