@@ -1,0 +1,112 @@
+#include "writer/text/message_slots.h"
+#include "writer/text/oxa_zunic_enquirer_interface_text_file.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace Oxa {
+
+using namespace ChannelLayout;
+
+namespace {
+
+bool isEmpty(const oxa_zunic_receiver_bitfield_struct& receivers)
+{
+    return std::all_of(std::begin(receivers.words), std::end(receivers.words), [](auto word) { return word == 0; });
+}
+
+/// Follows the chain that starts at slot `first`. A chain that leads back into itself ends after as many steps as
+/// there are slots.
+void writeInternalDataEntries(std::ostream& scratch, const MessageSlots& slots, std::uint32_t first)
+{
+    scratch << "This message has the following internal data entries:\n";
+    std::uint16_t position = 0;
+    std::uint32_t index = first;
+    for (std::uint32_t step = 0; step < slots.readable(); ++step) {
+        if (index >= slots.readable()) {
+            scratch << "ERROR: Invalid message index found " << index << std::endl;
+            return;
+        }
+        const SlotHead entry = slots.head(index);
+        if (entry.state != eSlotStateData) {
+            scratch << "ERROR: Invalid data entry found " << index << std::endl;
+            return;
+        }
+        scratch << "data[" << position << "]" << index << std::endl;
+        scratch << "Sender id: " << entry.senderId << "\n";
+        ++position;
+        index = slots.dataIndex(index);
+        if (index == cNoDataEntry) {
+            return;
+        }
+    }
+}
+
+void writeDataEntries(std::ostream& scratch, const MessageSlots& slots, std::uint32_t index)
+{
+    const std::uint32_t first = slots.dataIndex(index);
+    if (first == cExternalDataEntry) {
+        scratch << "This message has the following external data entry:\n";
+        scratch << "memory_manager[" << slots.externalManagerIndex(index) << "] range["
+                << slots.externalRangeIndex(index) << "]" << std::endl;
+    } else if (first != cNoDataEntry) {
+        writeInternalDataEntries(scratch, slots, first);
+    }
+}
+
+} // namespace
+
+void OxaZunicEnquirerInterfaceTextFile::writeMessageAccount(std::ostream& scratch, const MessageSlots& slots,
+                                                            std::uint32_t index, std::uint16_t senderId,
+                                                            const InterfaceMap& interfaces)
+{
+    const oxa_zunic_receiver_bitfield_struct receivers = slots.receivers(index);
+    scratch << "Sender id: " << senderId << "\n";
+    if (isEmpty(receivers)) {
+        scratch << "The message slot number " << index << " has no receivers\n" << cSlotSeparator;
+        return;
+    }
+    scratch << "The message slot number " << index << " has valid receivers\n";
+    writeReceivers(scratch, receivers, interfaces);
+    scratch << "Message writer counter: " << slots.writerCounter(index) << "\n";
+    writeDataEntries(scratch, slots, index);
+    scratch << "User data size for this message is " << slots.userDataSize(index) << " bit/s\n" << cSlotSeparator;
+}
+
+void OxaZunicEnquirerInterfaceTextFile::writeReceivers(std::ostream& scratch,
+                                                       const oxa_zunic_receiver_bitfield_struct& receivers,
+                                                       const InterfaceMap& interfaces)
+{
+    ReceiverList ids;
+    if (!zunicReceiverBitfieldGetIDs(receivers, ids, interfaces)) {
+        return;
+    }
+    scratch << "Receivers ID: ";
+    for (const auto& [id, isRegistered] : ids) {
+        if (isRegistered) {
+            scratch << id;
+        } else {
+            scratch << "[" << id << "]";
+        }
+    }
+    scratch << std::endl;
+}
+
+bool OxaZunicEnquirerInterfaceTextFile::zunicReceiverBitfieldGetIDs(const oxa_zunic_receiver_bitfield_struct& receivers,
+                                                                    ReceiverList& ids, const InterfaceMap& interfaces)
+{
+    const std::size_t before = ids.size();
+    forEachReceiver(
+        receivers, [&](std::uint16_t id) { ids.emplace_back(id, zunicIsReceiverInterfaceRegistered(id, interfaces)); });
+    return ids.size() > before;
+}
+
+bool OxaZunicEnquirerInterfaceTextFile::zunicIsReceiverInterfaceRegistered(std::uint16_t interfaceId,
+                                                                           const InterfaceMap& interfaces)
+{
+    const auto found = interfaces.find(interfaceId);
+    return found != interfaces.end() &&
+           found->second.mRegistrationState == OxaZunic::eOxaZunicRegistrationStateRegistered;
+}
+
+} // namespace Oxa
