@@ -1,0 +1,71 @@
+#include "bus.h"
+#include "options.h"
+#include "scenario_reader.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <iostream>
+
+namespace {
+
+using namespace ZunicDemo;
+
+constexpr int cExitUsage = 2;
+
+Scenario readScenarioFor(const Options& options)
+{
+    Scenario scenario = readScenarioFile(options.scenarioFile);
+    scenario.channel = options.channel.value_or(scenario.channel);
+    if (options.churnRate && interfaceCount(scenario) + 2 > ZunicHosting::cInterfaceCapacity) {
+        throw ScenarioMistake(options.scenarioFile + ": expected at most 1022 interfaces for --churn, not " +
+                              std::to_string(interfaceCount(scenario)));
+    }
+    return scenario;
+}
+
+void host(const Scenario& scenario, const Options& options)
+{
+    const StopSignals signals;
+    Bus bus(scenario, options.group, signals);
+    if (options.churnRate) {
+        bus.startChurn(*options.churnRate);
+    }
+    std::cout << "channel " << scenario.channel << " is ready: " << summary(scenario) << " (stop with Ctrl-C)"
+              << std::endl;
+    bus.run();
+}
+
+void serve(const Options& options)
+{
+    const Scenario scenario = readScenarioFor(options);
+    if (options.checkOnly) {
+        std::cout << options.scenarioFile << ": OK, " << summary(scenario) << '\n';
+        return;
+    }
+    try {
+        host(scenario, options);
+    } catch (const StopRequested&) {
+        // Stopped before it was ready; everything is taken down by now.
+    }
+}
+
+} // namespace
+
+int main(int argumentCount, char** arguments)
+{
+    try {
+        if (const std::optional<Options> options = readOptions(argumentCount, arguments)) {
+            serve(*options);
+        }
+        return EXIT_SUCCESS;
+    } catch (const UsageMistake& mistake) {
+        std::cerr << "zunic_demo_bus: " << mistake.what() << '\n';
+        return cExitUsage;
+    } catch (const ScenarioMistake& mistake) {
+        std::cerr << mistake.what() << '\n';
+        return cExitUsage;
+    } catch (const std::exception& error) {
+        std::cerr << "zunic_demo_bus: " << error.what() << '\n';
+        return EXIT_FAILURE;
+    }
+}

@@ -1,0 +1,18 @@
+#ifndef ZUNIC_DEMO_MESSAGE_READER_H
+#define ZUNIC_DEMO_MESSAGE_READER_H
+
+#include "interface_references.h"
+#include "json_place.h"
+#include "scenario.h"
+
+namespace ZunicDemo {
+
+/// Reads the messages into `scenario`, and checks that its message slots are enough for them.
+void readMessages(const JsonPlace& root, const InterfaceReferences& references, Scenario& scenario);
+
+/// Reads the blocks into `scenario`, and checks that its memory managers can hold them with those of the messages.
+void readBlocks(const JsonPlace& root, Scenario& scenario);
+
+} // namespace ZunicDemo
+
+#endif

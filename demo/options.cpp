@@ -1,0 +1,70 @@
+#include "options.h"
+
+#include <CLI/CLI.hpp>
+
+#include <grp.h>
+
+#include <charconv>
+
+namespace ZunicDemo {
+
+namespace {
+
+gid_t findGroup(const std::string& nameOrId)
+{
+    gid_t id = 0;
+    const char* const end = nameOrId.data() + nameOrId.size();
+    const auto [stop, error] = std::from_chars(nameOrId.data(), end, id);
+    if (error == std::errc{} && stop == end) {
+        return id;
+    }
+    const group* const found = getgrnam(nameOrId.c_str());
+    if (found == nullptr) {
+        throw UsageMistake("--group: expected the name or the id of a group, not " + nameOrId);
+    }
+    return found->gr_gid;
+}
+
+/// CLI11's own messages may be several lines long.
+std::string firstLine(const std::string& text)
+{
+    return text.substr(0, text.find('\n'));
+}
+
+} // namespace
+
+std::optional<Options> readOptions(int argumentCount, char** arguments)
+{
+    Options options;
+    std::string groupName;
+    CLI::App app("Hosts a Zunic channel with real processes on it, as a scenario file says, until it is stopped.",
+                 "zunic_demo_bus");
+    app.option_defaults()->take_last();
+    app.add_option("scenario", options.scenarioFile, "the scenario file (JSON)")
+        ->required()
+        ->type_name("SCENARIO.json")
+        ->multi_option_policy(CLI::MultiOptionPolicy::Throw);
+    app.add_option("--channel", options.channel, "name of the channel, in place of the scenario's")->type_name("NAME");
+    app.add_option("--group", groupName, "name or id of a group whose members may open the channel too")
+        ->type_name("GROUP");
+    app.add_option("--churn", options.churnRate,
+                   "every process keeps registering, connecting, posting and taking back,\nso many rounds a second; "
+                   "0: as fast as it can")
+        ->check(CLI::Range(0, 1'000'000))
+        ->type_name("RATE");
+    app.add_flag("--check", options.checkOnly, "read the scenario and say whether it is sound, nothing more");
+    try {
+        app.parse(argumentCount, arguments);
+    } catch (const CLI::CallForHelp& help) {
+        app.exit(help);
+        return std::nullopt;
+    } catch (const CLI::ParseError& error) {
+        throw UsageMistake(firstLine(error.what()) + " (see --help)");
+    }
+    if (!groupName.empty()) {
+        options.group = findGroup(groupName);
+    }
+    return options;
+}
+
+} // namespace ZunicDemo
