@@ -1,0 +1,93 @@
+#include "channel_object/channel_object.h"
+
+#include <cerrno>
+#include <climits>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace ZunicChannelObject {
+namespace {
+
+constexpr std::string_view cObjectPrefix = "/zunic.";
+
+/// 0, or EBADMSG when the object ends before the record does.
+template <typename Record>
+int readRecord(int descriptor, std::uint64_t offset, Record& record)
+{
+    const ssize_t count = pread(descriptor, &record, sizeof(record), static_cast<off_t>(offset));
+    if (count < 0) {
+        return errno;
+    }
+    return static_cast<std::size_t>(count) == sizeof(record) ? 0 : EBADMSG;
+}
+
+int readSuperblock(int descriptor, ZunicFormat::Superblock& superblock)
+{
+    struct stat status = {};
+    if (fstat(descriptor, &status) != 0) {
+        return errno;
+    }
+    if (!S_ISREG(status.st_mode)) {
+        return EBADMSG;
+    }
+    if (const int result = readRecord(descriptor, 0, superblock)) {
+        return result;
+    }
+    return isPlausible(superblock, static_cast<std::uint64_t>(status.st_size)) ? 0 : EBADMSG;
+}
+
+int checkMessageSlots(int descriptor, const ZunicFormat::Superblock& superblock)
+{
+    ZunicFormat::MessageStorage storage;
+    const std::uint64_t offset = superblock.registry.offset + offsetof(ZunicFormat::Registry, messageStorage);
+    if (const int result = readRecord(descriptor, offset, storage)) {
+        return result;
+    }
+    return storage.storageSize <= superblock.messages.size / sizeof(ZunicFormat::MessageSlot) ? 0 : EBADMSG;
+}
+
+int readPool(int descriptor, const ZunicFormat::Superblock& superblock, std::uint32_t index, PoolGeometry& pool)
+{
+    ZunicFormat::MemoryManagerEntry entry;
+    if (const int result =
+            readRecord(descriptor, superblock.memoryManagers.offset + std::uint64_t{index} * sizeof(entry), entry)) {
+        return result;
+    }
+    pool = {entry.poolOffset, entry.record.manager.block_size, entry.record.manager.maximum_blocks};
+    const bool isPossible = pool.blockSize >= 1 && pool.blockSize <= UINT64_MAX / cOxaMaximumBlocks &&
+                            pool.maximumBlocks <= cOxaMaximumBlocks &&
+                            contains(superblock.pools, pool.offset, pool.blockSize * pool.maximumBlocks);
+    return isPossible ? 0 : EBADMSG;
+}
+
+} // namespace
+
+std::optional<std::string> objectName(std::string_view channel)
+{
+    // The slash in front is no part of the file's name.
+    constexpr std::size_t cLongest = NAME_MAX - (cObjectPrefix.size() - 1);
+    if (channel.empty() || channel.size() > cLongest ||
+        channel.find_first_of(std::string_view("/\0", 2)) != channel.npos) {
+        return std::nullopt;
+    }
+    return std::string(cObjectPrefix).append(channel);
+}
+
+int readGeometry(int descriptor, Geometry& geometry)
+{
+    if (const int result = readSuperblock(descriptor, geometry.superblock)) {
+        return result;
+    }
+    if (const int result = checkMessageSlots(descriptor, geometry.superblock)) {
+        return result;
+    }
+    geometry.pools.resize(geometry.superblock.memoryManagerCount);
+    for (std::uint32_t index = 0; index < geometry.superblock.memoryManagerCount; ++index) {
+        if (const int result = readPool(descriptor, geometry.superblock, index, geometry.pools[index])) {
+            return result;
+        }
+    }
+    return 0;
+}
+
+} // namespace ZunicChannelObject

@@ -1,0 +1,33 @@
+#ifndef ZUNIC_HOSTING_PUBLISHING_H
+#define ZUNIC_HOSTING_PUBLISHING_H
+
+#include <atomic>
+#include <type_traits>
+
+/// Stores to the one field of a record that decides whether others use the record.
+namespace ZunicHosting {
+
+template <typename Field>
+Field load(Field& field)
+{
+    return std::atomic_ref(field).load(std::memory_order_acquire);
+}
+
+/// After everything else in the record was written.
+template <typename Field>
+void publish(Field& field, std::type_identity_t<Field> value)
+{
+    std::atomic_ref(field).store(value, std::memory_order_release);
+}
+
+/// Before anything else in the record is written.
+template <typename Field>
+void withdraw(Field& field, std::type_identity_t<Field> value)
+{
+    std::atomic_ref(field).store(value, std::memory_order_relaxed);
+    std::atomic_thread_fence(std::memory_order_release);
+}
+
+} // namespace ZunicHosting
+
+#endif
