@@ -109,8 +109,8 @@ int OxaZunicEnquirerWriterInterface::decodeFunctionStorage(const OxaZunicInterfa
     const auto* const names = readAt<const char*>(&storage, cFunctionStorageNames);
     for (std::size_t i = 0; i < count; ++i) {
         const auto record = readAt<FunctionRecord>(records, i * sizeof(FunctionRecord));
-        const std::string name(names + record.nameOffset, record.nameLength);
-        functions.push_back("\t" + std::to_string(i) + " | " + name);
+        std::string& line = functions.emplace_back("\t");
+        line.append(std::to_string(i)).append(" | ").append(names + record.nameOffset, record.nameLength);
     }
     return mapped;
 }

@@ -23,7 +23,7 @@ void writeInternalDataEntries(std::ostream& scratch, const MessageSlots& slots, 
     std::uint16_t position = 0;
     std::uint32_t index = first;
     for (std::uint32_t step = 0; step < slots.readable(); ++step) {
-        if (index >= slots.readable()) {
+        if (index >= slots.size()) {
             scratch << "ERROR: Invalid message index found " << index << std::endl;
             return;
         }

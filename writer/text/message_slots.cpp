@@ -17,6 +17,9 @@ MessageSlots::MessageSlots(const oxa_zunic_message_storage& storage, const oxa_z
 
 SlotHead MessageSlots::head(std::uint32_t index) const
 {
+    if (index >= mReadable) {
+        return {};
+    }
     const std::uint16_t word = loadShared(mSlots[index].state_and_sender);
     return {static_cast<std::uint8_t>(word & 0xF), static_cast<std::uint16_t>(word >> 4)};
 }

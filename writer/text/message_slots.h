@@ -28,7 +28,7 @@ public:
     std::uint32_t size() const { return mSize; }
 
     /// How many of these, from the first, are there to be read; less than `size` only when the header is damaged.
-    /// The other functions take indices below this.
+    /// A slot behind them is free; the functions after `head` take indices below this.
     std::uint32_t readable() const { return mReadable; }
 
     SlotHead head(std::uint32_t index) const;

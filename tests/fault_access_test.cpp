@@ -1,0 +1,158 @@
+#include "support/live_bus.h"
+#include "support/soak.h"
+
+#include "oxa/oxa_result.h"
+#include "zunic_hosting/channel_format.h"
+#include "zunic_hosting/hosted_channel.h"
+
+#include <algorithm>
+#include <cstring>
+#include <gmock/gmock.h>
+#include <unistd.h>
+
+using namespace TestSupport;
+using testing::HasSubstr;
+using ZunicHosting::HostedChannel;
+using ZunicHosting::InstanceType;
+
+namespace {
+
+constexpr std::size_t cMutexOffset = ZunicFormat::cSuperblockSize + offsetof(ZunicFormat::Registry, mutex);
+
+/// All bytes of a channel but those of its mutex.
+std::string bytesWithoutMutex(const HostedChannel& channel)
+{
+    std::string bytes(reinterpret_cast<const char*>(channel.bytes().data()), channel.bytes().size());
+    return bytes.erase(cMutexOffset, cOxaMutexSize);
+}
+
+TEST(FaultOfTheReader, NoRunChangesTheChannel)
+{
+    const LiveBus bus(SCENARIO_DIR "/small.json");
+    const HostedChannel channel = HostedChannel::attach(bus.channelName());
+    const TemporaryDirectory directory;
+    const std::string before = bytesWithoutMutex(channel);
+    const int runs = rounds(20, 1000);
+    for (int i = 0; i < runs; ++i) {
+        const bool isQuery = i % 4 == 0;
+        const std::vector<std::string> arguments =
+            isQuery ? std::vector<std::string>{"-i", "Clock", bus.channelName()}
+                    : std::vector<std::string>{"-d", "-o", directory / "output", bus.channelName()};
+        ASSERT_EQ(runEnquirer(arguments).status, 0);
+    }
+    EXPECT_TRUE(bytesWithoutMutex(channel) == before);
+    figures() << runs << " runs left " << before.size() << " bytes as they were\n";
+}
+
+/// The mapping of a channel that the tool itself has, seen while it is stopped in the middle of a report.
+TEST(FaultOfTheReader, OnlyThePageOfTheMutexCanBeWrittenByTheTool)
+{
+    const LiveBus bus(SCENARIO_DIR "/full.json");
+    const TemporaryDirectory directory;
+    const Program tool({ENQUIRER_BINARY, "-o", directory / "output", bus.channelName()},
+                       {.environment = {{"DLT_PIPE_DIR", directory.path().string()}}});
+    const std::string report = directory / "output/interfaces_communicators_info.txt";
+    ASSERT_TRUE(waitUntil([&] { return std::filesystem::exists(report) || !tool.isRunning(); }));
+    kill(tool.processId(), SIGSTOP);
+    std::istringstream maps(readFile("/proc/" + std::to_string(tool.processId()) + "/maps"));
+    std::size_t writableBytes = 0;
+    std::size_t mappings = 0;
+    for (std::string line; std::getline(maps, line);) {
+        unsigned long begin = 0;
+        unsigned long end = 0;
+        char access[5] = {};
+        if (line.find("/zunic." + bus.channelName()) != std::string::npos) {
+            ASSERT_EQ(std::sscanf(line.c_str(), "%lx-%lx %4s", &begin, &end, access), 3);
+            ++mappings;
+            writableBytes += access[1] == 'w' ? end - begin : 0;
+        }
+    }
+    EXPECT_GT(mappings, 1U);
+    EXPECT_EQ(writableBytes, static_cast<std::size_t>(sysconf(_SC_PAGESIZE)));
+}
+
+TEST(FaultOfPermission, ChannelIsForItsOwnerAndItsGroup)
+{
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "only root can give a channel to somebody else";
+    }
+    constexpr uid_t cSomebody = 65534;
+    const auto queryWithoutPrivileges = [](const HostedChannel& channel) {
+        return runProgram(
+            {"/usr/bin/setpriv", "--bounding-set", "-all", ENQUIRER_BINARY, "-i", "Clock", channel.name()},
+            {.environment = {{"DLT_PIPE_DIR", "/nonexistent"}}});
+    };
+    struct Case
+    {
+        std::optional<gid_t> group;
+        uid_t owner;
+        int status;
+    };
+    const auto refused = static_cast<int>(OxaResult::cObjectInvalid.code());
+    for (const Case& tried : {Case{{}, 0, 0}, Case{{}, cSomebody, refused}, Case{getegid(), cSomebody, 0},
+                              Case{cSomebody, cSomebody, refused}}) {
+        HostedChannel channel = HostedChannel::create({.name = uniqueChannelName(), .group = tried.group});
+        channel.lock().registerInterface({.interfaceName = "Clock", .roleName = "Provider"});
+        ASSERT_EQ(chown(("/dev/shm/zunic." + channel.name()).c_str(), tried.owner, static_cast<gid_t>(-1)), 0);
+        const ProgramResult result = queryWithoutPrivileges(channel);
+        EXPECT_EQ(result.status, tried.status);
+        EXPECT_EQ(withoutDltLines(result.errors), tried.status == 0 ? ""
+                                                                    : "Failed to initialise (using shared memory "
+                                                                      "channel name \"" +
+                                                                          channel.name() + "\")\n");
+    }
+}
+
+/// Reports about interfaces with `names` in all three fields, byte for byte up to 256 of them.
+class FaultOfNames : public testing::TestWithParam<std::string>
+{
+protected:
+    HostedChannel mChannel = HostedChannel::create({.name = uniqueChannelName()});
+    TemporaryDirectory mDirectory;
+
+    void SetUp() override
+    {
+        auto lock = mChannel.lock();
+        lock.registerCommunicator(static_cast<std::uint32_t>(getpid()), 1);
+        for (const InstanceType type : {InstanceType::skeleton, InstanceType::stub}) {
+            lock.registerInterface({.interfaceName = "?", .roleName = "?", .type = type, .communicatorId = 1});
+        }
+        // Written behind the back of the hosting side, which ends every name with a NUL.
+        auto& entry = reinterpret_cast<ZunicFormat::Registry*>(mChannel.registry())->interfaces[0];
+        for (char* const field : {entry.interfaceName, entry.roleName, entry.domainName}) {
+            std::memset(field, 0, ZunicFormat::cNameSize);
+            GetParam().copy(field, ZunicFormat::cNameSize);
+        }
+    }
+};
+
+TEST_P(FaultOfNames, AreReportedByteForByte)
+{
+    const std::string output = mDirectory / "output";
+    EXPECT_EQ(runEnquirer({"-d", "-o", output, mChannel.name()}).status, 0);
+    const std::string& name = GetParam();
+    EXPECT_THAT(readFile(output + "/interfaces_communicators_info.txt"),
+                HasSubstr("InterfaceName:   " + name + "\nRoleName:   " + name + "\nDomainName:   " + name +
+                          "\nType:   Skeleton\n"));
+    const std::string graph = readFile(output + "/interfaces_communicators_info.dot");
+    EXPECT_THAT(graph, HasSubstr(name));
+    EXPECT_THAT(graph, testing::EndsWith("\n}\n"));
+    EXPECT_THAT(readFile(output + "/messages.txt"), testing::StartsWith("The message queue currently contains 0"));
+    EXPECT_EQ(runEnquirer({"-i", name, "-r", name, "-m", name, mChannel.name()}).status, 0);
+}
+
+std::string bytesFrom(int first, int last)
+{
+    std::string bytes;
+    for (int byte = first; byte != last; byte += first < last ? 1 : -1) {
+        bytes += static_cast<char>(byte);
+    }
+    return bytes;
+}
+
+INSTANTIATE_TEST_SUITE_P(Fields, FaultOfNames,
+                         testing::Values(bytesFrom(1, 256), bytesFrom(255, 0), std::string(255, 'n'),
+                                         std::string(256, '\xFF'), "\"]; } \\\" -> \n"),
+                         [](const auto& name) { return "Case" + std::to_string(name.index); });
+
+} // namespace

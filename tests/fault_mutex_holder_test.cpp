@@ -1,0 +1,194 @@
+#include "support/churn_report.h"
+#include "support/churning_bus.h"
+#include "support/live_bus.h"
+#include "support/soak.h"
+
+#include "churn.h"
+#include "oxa/oxa_result.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstring>
+#include <gmock/gmock.h>
+#include <random>
+#include <span>
+#include <sys/ptrace.h>
+
+using namespace TestSupport;
+using ZunicFormat::InterfaceEntry;
+using ZunicHosting::HostedChannel;
+
+namespace {
+
+/// Pauses of any length up to a maximum; the same in every run.
+class RandomPauses
+{
+public:
+    explicit RandomPauses(unsigned longestMicroseconds) : mLength(0, longestMicroseconds) {}
+    void pause() { usleep(mLength(mRandom)); }
+
+private:
+    std::minstd_rand mRandom;
+    std::uniform_int_distribution<unsigned> mLength;
+};
+
+/// Stops the process somewhere between the lock and the unlock of a round. False when it cannot be caught there.
+bool stopWhileItHolds(const ForkedChild& process, const ChurningBus& bus, RandomPauses& pauses)
+{
+    return waitUntil([&] {
+        pauses.pause();
+        process.stop();
+        if (bus.holder() == process.processId()) {
+            return true;
+        }
+        process.send(SIGCONT);
+        return false;
+    });
+}
+
+TEST(FaultOfAMutexHolder, KilledAtAnyMoment)
+{
+    ChurningBus bus(2);
+    const InProcessEnquirer enquirer;
+    RandomPauses pauses(300);
+    const int kills = rounds(25, 2000);
+    for (int kill = 0; kill < kills; ++kill) {
+        {
+            ForkedChild victim = bus.startVictim();
+            ASSERT_TRUE(stopWhileItHolds(victim, bus, pauses));
+            victim.send(SIGKILL);
+            ASSERT_EQ(victim.wait(), cKilled);
+        }
+        ASSERT_EQ(churnFaultIn(enquirer.report(bus.name()), bus.processes()), "");
+        bus.bury();
+        ASSERT_TRUE(bus.goesOn()) << kill;
+    }
+    figures() << kills << " holders killed, " << bus.roundsDone() << " rounds of churn, the longest "
+              << bus.longestRoundInMicroseconds() << " us\n";
+}
+
+constexpr std::uint16_t cCommunicator = 7;
+
+bool isWhole(const InterfaceEntry& entry, pid_t process)
+{
+    const std::uint64_t sequence = std::strtoull(entry.roleName, nullptr, 10);
+    return sequence != 0 && ZunicDemo::churnName(process, sequence) == entry.interfaceName &&
+           std::string(entry.domainName) == ZunicDemo::Churn::cChurnDomain &&
+           std::ranges::equal(entry.version, ZunicDemo::churnVersion(sequence)) &&
+           entry.communicatorId == cCommunicator && (entry.type == 1 || entry.type == 2);
+}
+
+/// Death can come between any two instructions. So a process goes through rounds of churn instruction by instruction,
+/// and between any two of them every entry in use is looked at: that is what the next holder finds.
+TEST(FaultOfAMutexHolder, LeavesWholeEntriesAfterEveryInstruction)
+{
+    HostedChannel channel = HostedChannel::create({.name = uniqueChannelName(), .messageSlots = 16});
+    channel.lock().registerCommunicator(1, cCommunicator);
+    constexpr std::size_t cEntriesOfFiveRounds = 10;
+    const auto& registry = *reinterpret_cast<const ZunicFormat::Registry*>(channel.registry());
+    const auto entries = std::span(registry.interfaces).first(cEntriesOfFiveRounds);
+    const ForkedChild stepped([&] {
+        ZunicDemo::Churn churn(channel, cCommunicator);
+        for (std::size_t i = 0; i < ZunicDemo::Churn::cLivingPairs; ++i) {
+            churn.runRound();
+        }
+        ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
+        raise(SIGSTOP);
+        churn.runRound();
+        return 0;
+    });
+    int status = 0;
+    long steps = 0;
+    ASSERT_EQ(waitpid(stepped.processId(), &status, 0), stepped.processId());
+    if (!WIFSTOPPED(status)) {
+        GTEST_SKIP() << "no process may be traced here";
+    }
+    for (; WIFSTOPPED(status); ++steps) {
+        for (const InterfaceEntry& entry : entries) {
+            ASSERT_TRUE(entry.state != 1 || isWhole(entry, stepped.processId()))
+                << "after " << steps << " instructions";
+        }
+        ASSERT_EQ(ptrace(PTRACE_SINGLESTEP, stepped.processId(), nullptr, nullptr), 0);
+        ASSERT_EQ(waitpid(stepped.processId(), &status, 0), stepped.processId());
+    }
+    EXPECT_EQ(status, 0);
+    EXPECT_STREQ(entries[8].roleName, "5");
+    figures() << steps << " instructions stepped through\n";
+}
+
+TEST(FaultOfAMutexHolder, StoppedForLong)
+{
+    HostedChannel channel = HostedChannel::create({.name = uniqueChannelName()});
+    channel.lock().registerInterface({.interfaceName = "Clock", .roleName = "Provider"});
+    const std::vector<std::string> query{"-i", "Clock", channel.name()};
+    const Gate held;
+    const Gate release;
+    ForkedChild holder([&] {
+        const ZunicHosting::LockedRegistry lock(channel);
+        return held.open() && release.await() ? 0 : 1;
+    });
+    ASSERT_TRUE(held.await());
+    holder.stop();
+
+    const TemporaryDirectory directory;
+    for (const auto& arguments : {query, {"-d", "-o", directory / "output", channel.name()}}) {
+        const auto begin = std::chrono::steady_clock::now();
+        const ProgramResult result = runEnquirer(arguments, {.watchdog = std::chrono::seconds(30)});
+        figures() << "gave up after " << std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count()
+                  << " s\n";
+        EXPECT_EQ(result.status, static_cast<int>(OxaResult::cFailed.code()));
+        EXPECT_EQ(result.output, "");
+        EXPECT_EQ(result.errors,
+                  "Failed to initialise (using shared memory channel name \"" + channel.name() + "\")\n");
+    }
+    EXPECT_THAT(directory.entries(), testing::IsEmpty());
+
+    holder.send(SIGCONT);
+    release.open();
+    EXPECT_EQ(holder.wait(), 0);
+    EXPECT_EQ(runEnquirer(query).status, 0);
+    channel.lock().registerInterface({.interfaceName = "Clock", .roleName = "Navigator"});
+}
+
+/// Runs of the enquirer that a signal ends, or comes too late for, on a bus that has to go on undamaged.
+class FaultOfTheEnquirer : public testing::TestWithParam<int>
+{};
+
+TEST_P(FaultOfTheEnquirer, EndedAtAnyMoment)
+{
+    ChurningBus bus(2);
+    const InProcessEnquirer enquirer;
+    const TemporaryDirectory directory;
+    const std::vector<std::string> words{ENQUIRER_BINARY, "-d", "-o", directory / "output", bus.name()};
+    const ProgramOptions options{.environment = {{"DLT_PIPE_DIR", directory.path().string()}}};
+    const auto begin = std::chrono::steady_clock::now();
+    ASSERT_EQ(runProgram(words, options).status, 0);
+    const auto whole = std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - begin);
+    RandomPauses pauses(static_cast<unsigned>(whole.count()));
+
+    const int runs = rounds(25, 500);
+    int ended = 0;
+    int holders = 0;
+    for (int run = 0; run < runs; ++run) {
+        Program tool(words, options);
+        pauses.pause();
+        kill(tool.processId(), SIGSTOP);
+        holders += bus.holder() == tool.processId();
+        kill(tool.processId(), GetParam());
+        kill(tool.processId(), SIGCONT);
+        const int status = tool.wait();
+        ASSERT_TRUE(status == 0 || status == 1000 + GetParam()) << status << tool.errors();
+        ended += status != 0;
+        ASSERT_TRUE(bus.goesOn()) << run;
+        ASSERT_EQ(churnFaultIn(enquirer.report(bus.name()), bus.processes()), "");
+    }
+    EXPECT_GT(ended, 0);
+    figures() << ended << " of " << runs << " runs ended by " << strsignal(GetParam()) << ", " << holders
+              << " while they held the mutex; " << bus.roundsDone() << " rounds of churn, the longest "
+              << bus.longestRoundInMicroseconds() << " us\n";
+}
+
+INSTANTIATE_TEST_SUITE_P(Signals, FaultOfTheEnquirer, testing::Values(SIGKILL, SIGINT),
+                         [](const auto& signal) { return signal.param == SIGKILL ? "Killed" : "Interrupted"; });
+
+} // namespace

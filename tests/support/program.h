@@ -1,0 +1,87 @@
+#ifndef TESTS_SUPPORT_PROGRAM_H
+#define TESTS_SUPPORT_PROGRAM_H
+
+#include "support/temporary_directory.h"
+
+#include <chrono>
+#include <map>
+#include <string>
+#include <sys/types.h>
+#include <vector>
+
+namespace TestSupport {
+
+struct ProgramOptions
+{
+    std::string workingDirectory = "/";
+    /// Added to the environment of the test.
+    std::map<std::string, std::string> environment = {};
+    /// A program that is still running then is killed, which shows in its status.
+    std::chrono::seconds watchdog{60};
+};
+
+/// A program that was started with its output caught; killed when this object is destroyed before it has ended.
+class Program
+{
+public:
+    /// The first word is the path of the executable.
+    explicit Program(const std::vector<std::string>& words, const ProgramOptions& options = {});
+    ~Program();
+
+    Program(const Program&) = delete;
+    Program& operator=(const Program&) = delete;
+
+    pid_t processId() const { return mProcessId; }
+    bool isRunning() const;
+
+    /// Sends SIGTERM and returns what `wait` returns.
+    int terminate();
+
+    /// The exit status once it has ended, or 1000 and the signal that ended it.
+    int wait();
+
+    /// What it has written so far.
+    std::string output() const { return readFile(mCaught / "output"); }
+    std::string errors() const { return readFile(mCaught / "errors"); }
+
+private:
+    TemporaryDirectory mCaught;
+    std::chrono::steady_clock::time_point mDeadline;
+    pid_t mProcessId = -1;
+    bool mHasEnded = false;
+    int mStatus = 0;
+};
+
+struct ProgramResult
+{
+    int status;
+    std::string output;
+    std::string errors;
+};
+
+ProgramResult runProgram(const std::vector<std::string>& words, const ProgramOptions& options = {});
+
+/// `text` without the lines that the DLT library writes.
+std::string withoutDltLines(const std::string& text);
+
+/// Runs the enquirer itself, with no DLT daemon in reach unless the options say where; leaves out libdlt's own lines.
+ProgramResult runEnquirer(const std::vector<std::string>& arguments, ProgramOptions options = {});
+
+/// Waits until `condition` holds, for half a minute at most. Returns whether it does.
+template <typename Condition>
+bool waitUntil(Condition condition)
+{
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    const timespec pause{0, 2'000'000};
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > deadline) {
+            return false;
+        }
+        nanosleep(&pause, nullptr);
+    }
+    return true;
+}
+
+} // namespace TestSupport
+
+#endif
