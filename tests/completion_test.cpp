@@ -124,7 +124,7 @@ std::string Shell::type(const std::string& text, const std::string& awaited)
         mUnread.append(buffer, static_cast<std::size_t>(count));
     }
     const std::size_t found = mUnread.find(awaited);
-    const std::string seen = mUnread.substr(0, found == std::string::npos ? found : found + awaited.size());
+    std::string seen = mUnread.substr(0, found == std::string::npos ? found : found + awaited.size());
     mUnread.erase(0, seen.size());
     return seen;
 }
