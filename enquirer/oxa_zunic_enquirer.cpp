@@ -10,7 +10,9 @@
 #include <cstring>
 #include <iostream>
 #include <memory>
+#include <sys/mman.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace Oxa {
 
@@ -22,6 +24,16 @@ template <typename Target>
 Target* addressIn(void* base, std::size_t offset)
 {
     return reinterpret_cast<Target*>(static_cast<std::byte*>(base) + offset);
+}
+
+/// Has the pages of memory that is not in use yet put in their places, so that writing to it is no system's business
+/// later. All at once takes the system half the time that it takes page by page.
+void makePresent(void* memory, std::size_t size)
+{
+    const std::size_t intoPage = reinterpret_cast<std::uintptr_t>(memory) % static_cast<std::size_t>(getpagesize());
+    if (madvise(static_cast<std::byte*>(memory) - intoPage, intoPage + size, MADV_POPULATE_WRITE) != 0) {
+        std::memset(memory, 0, size);
+    }
 }
 
 std::byte* registryBase(oxa_zunic_communication_channel* channel)
@@ -40,6 +52,8 @@ OxaZunicEnquirer::OxaZunicEnquirer(const std::string& outputDirectory, bool hist
     : mOutputDir(outputDirectory), mHistory(history), mDotFile(dotFile), mTextWriter(mOutputDir), mDotWriter(mOutputDir)
 {}
 
+OxaZunicEnquirer::~OxaZunicEnquirer() = default;
+
 OxaResult OxaZunicEnquirer::init(const std::string& channelName)
 {
     if (oxa_zunic_communication_channel_create(channelName.c_str(), &mChannel) != 0 || mChannel == nullptr ||
@@ -51,8 +65,8 @@ OxaResult OxaZunicEnquirer::init(const std::string& channelName)
 
 OxaResult OxaZunicEnquirer::readData()
 {
-    // Filled with zeros, so that its pages are there before the lock is taken.
-    const auto tables = std::make_unique<RegistryTables>();
+    auto tables = std::make_unique_for_overwrite<RegistryTables>();
+    makePresent(tables.get(), sizeof *tables);
     std::byte* const base = registryBase(mChannel);
     auto* const mutex = addressIn<oxa_mutex>(base, cRegistryMutex);
 
@@ -62,9 +76,19 @@ OxaResult OxaZunicEnquirer::readData()
     std::memcpy(tables.get(), base + cRegistryTables, sizeof *tables);
     oxa_mutex_unlock(mutex);
 
-    decodeInterfaceTable(*tables, mInterfaces, mLinks);
+    decodeInterfaceTable(*tables, mInterfaces);
     decodeCommunicatorTable(*tables, mCommunicators);
+    decodePendingLinks();
+    mPendingLinks = std::move(tables);
     return OxaResult::cOk;
+}
+
+void OxaZunicEnquirer::decodePendingLinks()
+{
+    if (mPendingLinks != nullptr) {
+        decodeLinks(*mPendingLinks, mLinks);
+        mPendingLinks.reset();
+    }
 }
 
 OxaResult OxaZunicEnquirer::startEnquirer()
@@ -87,6 +111,7 @@ OxaResult OxaZunicEnquirer::writeReports()
                                   readAt<oxa_zunic_message*>(mChannel, cHandleMessages));
     mTextWriter.setMemoryDispatcher(addressIn<oxa_zunic_memory_dispatcher_struct>(mChannel, cHandleMemoryDispatcher));
     mTextWriter.setHistory(mHistory);
+    decodePendingLinks();
 
     OxaResult result = mTextWriter.writeData(mCommunicators, mInterfaces, mLinks);
     if (mDotFile) {

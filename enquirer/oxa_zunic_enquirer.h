@@ -8,9 +8,14 @@
 #include "oxa/oxa_result.h"
 #include "oxa/oxa_zunic_communication_channel.h"
 
+#include <memory>
 #include <string>
 
 namespace Oxa {
+
+namespace ChannelLayout {
+struct RegistryTables;
+}
 
 /// Attaches to a channel, takes one snapshot of its registry, and answers queries about it or writes the reports.
 ///
@@ -20,6 +25,8 @@ class OxaZunicEnquirer
 public:
     /// `history`: keep the previous message dump as a backup. `dotFile`: write the graph too.
     OxaZunicEnquirer(const std::string& outputDirectory, bool history, bool dotFile);
+
+    ~OxaZunicEnquirer();
 
     OxaZunicEnquirer(const OxaZunicEnquirer&) = delete;
     OxaZunicEnquirer& operator=(const OxaZunicEnquirer&) = delete;
@@ -48,6 +55,7 @@ public:
 
 private:
     OxaResult writeReports();
+    void decodePendingLinks();
 
     oxa_zunic_communication_channel* mChannel = nullptr;
     std::string mOutputDir;
@@ -56,6 +64,8 @@ private:
     CommunicatorList mCommunicators;
     InterfaceMap mInterfaces;
     LinkMap mLinks;
+    /// The tables last read, until a report needs their links: a query does without these, and they can be a million.
+    std::unique_ptr<const ChannelLayout::RegistryTables> mPendingLinks;
     OxaZunicEnquirerInterfaceTextFile mTextWriter;
     OxaZunicEnquirerInterfaceDotFile mDotWriter;
 };

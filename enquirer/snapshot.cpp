@@ -21,13 +21,18 @@ std::string decodeName(const char (&field)[cNameSize])
     return {field, strnlen(field, cNameSize)};
 }
 
-OxaZunic::OxaZunicInterfaceInformation decodeInterfaceEntry(const InterfaceEntry& entry)
+/// Fills the record in place: the names of a full registry are worth no second copy.
+void decodeInterfaceEntry(const InterfaceEntry& entry, OxaZunic::OxaZunicInterfaceInformation& info)
 {
-    const Version version(entry.version[0], entry.version[1], entry.version[2]);
-    const UUID uuid(decodeName(entry.interfaceName), decodeName(entry.roleName), decodeName(entry.domainName),
-                    entry.type, version);
-    const OxaZunic::OxaZunicRangeLocation functions(entry.functionStorageManagerIndex, entry.functionStorageRangeIndex);
-    return {uuid, entry.communicatorId, entry.interfaceId, convertRegistrationState(entry.state), functions};
+    info.mUuid.mInterfaceName = decodeName(entry.interfaceName);
+    info.mUuid.mRoleName = decodeName(entry.roleName);
+    info.mUuid.mDomainName = decodeName(entry.domainName);
+    info.mUuid.mType = entry.type;
+    info.mUuid.mVersion = Version(entry.version[0], entry.version[1], entry.version[2]);
+    info.mCommunicatorId = entry.communicatorId;
+    info.mInterfaceId = entry.interfaceId;
+    info.mRegistrationState = convertRegistrationState(entry.state);
+    info.mFunctionStorageRangeLocation = {entry.functionStorageManagerIndex, entry.functionStorageRangeIndex};
 }
 
 void addLinks(const InterfaceEntry& entry, LinkMap& links)
@@ -39,12 +44,24 @@ void addLinks(const InterfaceEntry& entry, LinkMap& links)
 
 } // namespace
 
-void decodeInterfaceTable(const RegistryTables& tables, InterfaceMap& interfaces, LinkMap& links)
+void decodeInterfaceTable(const RegistryTables& tables, InterfaceMap& interfaces)
+{
+    for (const InterfaceEntry& entry : tables.interfaces) {
+        if (!isInUse(entry)) {
+            continue;
+        }
+        const auto [place, isNew] = interfaces.try_emplace(entry.interfaceId);
+        if (isNew) {
+            decodeInterfaceEntry(entry, place->second);
+        }
+    }
+}
+
+void decodeLinks(const RegistryTables& tables, LinkMap& links)
 {
     for (const InterfaceEntry& entry : tables.interfaces) {
         if (isInUse(entry)) {
             addLinks(entry, links);
-            interfaces.emplace(entry.interfaceId, decodeInterfaceEntry(entry));
         }
     }
 }

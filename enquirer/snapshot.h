@@ -6,8 +6,11 @@
 
 namespace Oxa {
 
-/// Adds every interface in use to `interfaces` (of several with one id the first stays) and all its links to `links`.
-void decodeInterfaceTable(const ChannelLayout::RegistryTables& tables, InterfaceMap& interfaces, LinkMap& links);
+/// Adds every interface in use to `interfaces`; of several with one id the first stays.
+void decodeInterfaceTable(const ChannelLayout::RegistryTables& tables, InterfaceMap& interfaces);
+
+/// Adds the links of every interface in use to `links`. There may be a thousand times as many as interfaces.
+void decodeLinks(const ChannelLayout::RegistryTables& tables, LinkMap& links);
 
 /// Adds every communicator in use to `communicators`.
 void decodeCommunicatorTable(const ChannelLayout::RegistryTables& tables, CommunicatorList& communicators);

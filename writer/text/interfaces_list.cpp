@@ -1,7 +1,6 @@
-#include "writer/text/link_sources.h"
+#include "writer/text/connections.h"
 #include "writer/text/oxa_zunic_enquirer_interface_text_file.h"
 
-#include <algorithm>
 #include <limits>
 #include <list>
 #include <set>
@@ -10,24 +9,11 @@ namespace Oxa {
 
 using OxaZunic::OxaZunicInterfaceInformation;
 
-namespace {
-
-/// Writes a line about the interface `connectedId`, unless the snapshot lacks it.
-void writeConnection(std::ostream& out, const char* label, const InterfaceMap& interfaces, std::uint16_t connectedId)
-{
-    const auto connected = interfaces.find(connectedId);
-    if (connected != interfaces.end()) {
-        out << label << connected->second.mUuid.mRoleName << "(" << connectedId << ")" << std::endl;
-    }
-}
-
-} // namespace
-
 OxaResult OxaZunicEnquirerInterfaceTextFile::writeInterfacesFile(const InterfaceMap& interfaces, std::ofstream* out,
                                                                  LinkMap& links)
 {
     OxaResult result = OxaResult::cFailed;
-    const LinkSources sources(links);
+    const Connections connections(interfaces, links);
     std::set<std::uint16_t> communicatorIds;
     createHeader(out, "INTERFACES LIST     ");
     for (const auto& [id, info] : interfaces) {
@@ -37,7 +23,7 @@ OxaResult OxaZunicEnquirerInterfaceTextFile::writeInterfacesFile(const Interface
         }
         writeInterfaceBlock(info, out);
         showAvailableFunctions(info, out);
-        showConnectedInterfaces(interfaces, info.mInterfaceId, out, links, sources);
+        connections.write(*out, info.mInterfaceId);
         *out << std::endl;
     }
     *out << "\n\nNumber of communicator threads running: " << communicatorIds.size() << "\n\n";
@@ -79,34 +65,9 @@ void OxaZunicEnquirerInterfaceTextFile::showConnectedInterfaces(const InterfaceM
                                                                 std::uint32_t interfaceId, std::ofstream* out,
                                                                 LinkMap& links)
 {
-    showConnectedInterfaces(interfaces, interfaceId, out, links, LinkSources(links));
-}
-
-// Follows the order of the LinkMap: links to the interface held by lower ids, its own links, links held by higher ids.
-void OxaZunicEnquirerInterfaceTextFile::showConnectedInterfaces(const InterfaceMap& interfaces,
-                                                                std::uint32_t interfaceId, std::ofstream* out,
-                                                                const LinkMap& links, const LinkSources& sources)
-{
-    if (interfaceId > std::numeric_limits<std::uint16_t>::max()) {
-        return;
+    if (interfaceId <= std::numeric_limits<std::uint16_t>::max()) {
+        Connections(interfaces, links).write(*out, static_cast<std::uint16_t>(interfaceId));
     }
-    const auto id = static_cast<std::uint16_t>(interfaceId);
-    const auto writeSkeleton = [&](std::uint16_t connected) {
-        writeConnection(*out, "Connected Skeleton: ", interfaces, connected);
-    };
-    const auto holders = sources.of(id);
-    const auto lowerEnd = std::lower_bound(holders.begin(), holders.end(), id);
-    const auto higherBegin = std::upper_bound(lowerEnd, holders.end(), id);
-
-    std::for_each(holders.begin(), lowerEnd, writeSkeleton);
-    const auto [ownBegin, ownEnd] = links.equal_range(id);
-    for (auto link = ownBegin; link != ownEnd; ++link) {
-        if (link->second == id) {
-            writeSkeleton(id);
-        }
-        writeConnection(*out, "Connected Stub: ", interfaces, link->second);
-    }
-    std::for_each(higherBegin, holders.end(), writeSkeleton);
 }
 
 } // namespace Oxa

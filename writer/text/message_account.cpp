@@ -1,3 +1,4 @@
+#include "writer/line_writer.h"
 #include "writer/text/message_slots.h"
 #include "writer/text/oxa_zunic_enquirer_interface_text_file.h"
 
@@ -17,22 +18,22 @@ bool isEmpty(const oxa_zunic_receiver_bitfield_struct& receivers)
 
 /// Follows the chain that starts at slot `first`. A chain that leads back into itself ends after as many steps as
 /// there are slots.
-void writeInternalDataEntries(std::ostream& scratch, const MessageSlots& slots, std::uint32_t first)
+void writeInternalDataEntries(LineWriter& scratch, const MessageSlots& slots, std::uint32_t first)
 {
     scratch << "This message has the following internal data entries:\n";
     std::uint16_t position = 0;
     std::uint32_t index = first;
     for (std::uint32_t step = 0; step < slots.readable(); ++step) {
         if (index >= slots.size()) {
-            scratch << "ERROR: Invalid message index found " << index << std::endl;
+            scratch << "ERROR: Invalid message index found " << index << endLine;
             return;
         }
         const SlotHead entry = slots.head(index);
         if (entry.state != eSlotStateData) {
-            scratch << "ERROR: Invalid data entry found " << index << std::endl;
+            scratch << "ERROR: Invalid data entry found " << index << endLine;
             return;
         }
-        scratch << "data[" << position << "]" << index << std::endl;
+        scratch << "data[" << position << "]" << index << endLine;
         scratch << "Sender id: " << entry.senderId << "\n";
         ++position;
         index = slots.dataIndex(index);
@@ -42,13 +43,21 @@ void writeInternalDataEntries(std::ostream& scratch, const MessageSlots& slots, 
     }
 }
 
-void writeDataEntries(std::ostream& scratch, const MessageSlots& slots, std::uint32_t index)
+void writeReceivers(LineWriter& scratch, const oxa_zunic_receiver_bitfield_struct& receivers,
+                    const std::vector<std::string>& texts)
+{
+    scratch << "Receivers ID: ";
+    forEachReceiver(receivers, [&](std::uint16_t id) { scratch << texts[id]; });
+    scratch << endLine;
+}
+
+void writeDataEntries(LineWriter& scratch, const MessageSlots& slots, std::uint32_t index)
 {
     const std::uint32_t first = slots.dataIndex(index);
     if (first == cExternalDataEntry) {
         scratch << "This message has the following external data entry:\n";
         scratch << "memory_manager[" << slots.externalManagerIndex(index) << "] range["
-                << slots.externalRangeIndex(index) << "]" << std::endl;
+                << slots.externalRangeIndex(index) << "]" << endLine;
     } else if (first != cNoDataEntry) {
         writeInternalDataEntries(scratch, slots, first);
     }
@@ -56,9 +65,9 @@ void writeDataEntries(std::ostream& scratch, const MessageSlots& slots, std::uin
 
 } // namespace
 
-void OxaZunicEnquirerInterfaceTextFile::writeMessageAccount(std::ostream& scratch, const MessageSlots& slots,
+void OxaZunicEnquirerInterfaceTextFile::writeMessageAccount(LineWriter& scratch, const MessageSlots& slots,
                                                             std::uint32_t index, std::uint16_t senderId,
-                                                            const InterfaceMap& interfaces)
+                                                            const ReceiverTexts& texts)
 {
     const oxa_zunic_receiver_bitfield_struct receivers = slots.receivers(index);
     scratch << "Sender id: " << senderId << "\n";
@@ -67,29 +76,25 @@ void OxaZunicEnquirerInterfaceTextFile::writeMessageAccount(std::ostream& scratc
         return;
     }
     scratch << "The message slot number " << index << " has valid receivers\n";
-    writeReceivers(scratch, receivers, interfaces);
+    writeReceivers(scratch, receivers, texts);
     scratch << "Message writer counter: " << slots.writerCounter(index) << "\n";
     writeDataEntries(scratch, slots, index);
     scratch << "User data size for this message is " << slots.userDataSize(index) << " bit/s\n" << cSlotSeparator;
 }
 
-void OxaZunicEnquirerInterfaceTextFile::writeReceivers(std::ostream& scratch,
-                                                       const oxa_zunic_receiver_bitfield_struct& receivers,
-                                                       const InterfaceMap& interfaces)
+OxaZunicEnquirerInterfaceTextFile::ReceiverTexts
+OxaZunicEnquirerInterfaceTextFile::receiverTexts(const InterfaceMap& interfaces)
 {
+    oxa_zunic_receiver_bitfield_struct everybody;
+    std::fill(std::begin(everybody.words), std::end(everybody.words), ~std::uint64_t{0});
     ReceiverList ids;
-    if (!zunicReceiverBitfieldGetIDs(receivers, ids, interfaces)) {
-        return;
-    }
-    scratch << "Receivers ID: ";
+    zunicReceiverBitfieldGetIDs(everybody, ids, interfaces);
+    ReceiverTexts texts;
     for (const auto& [id, isRegistered] : ids) {
-        if (isRegistered) {
-            scratch << id;
-        } else {
-            scratch << "[" << id << "]";
-        }
+        const std::string number = std::to_string(id);
+        texts.push_back(isRegistered ? number : "[" + number + "]");
     }
-    scratch << std::endl;
+    return texts;
 }
 
 bool OxaZunicEnquirerInterfaceTextFile::zunicReceiverBitfieldGetIDs(const oxa_zunic_receiver_bitfield_struct& receivers,

@@ -1,7 +1,10 @@
+#include "writer/line_writer.h"
 #include "writer/text/message_slots.h"
 #include "writer/text/oxa_zunic_enquirer_interface_text_file.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <string_view>
 
 namespace Oxa {
 
@@ -12,8 +15,8 @@ namespace {
 constexpr std::uint16_t cFirstSenderId = 1;
 constexpr std::uint16_t cLastSenderId = 1023;
 
-/// The longest line that the copy of the scratch file carries on from, and its terminating zero.
-constexpr std::size_t cLineBufferSize = 200;
+/// The longest line that the copy of the scratch file carries on from.
+constexpr std::size_t cLongestLine = 199;
 
 bool isSender(std::uint16_t id)
 {
@@ -27,14 +30,39 @@ void writeStorageHeader(std::ostream& scratch, const oxa_zunic_message_storage& 
     scratch << "Message Storage Size: " << storageSize << "\n\n\n";
 }
 
-/// A line that does not fit the buffer ends the copy after its first part; the end of the file gives an empty line.
+/// How much of `text` comes before the first character that makes its line too long. `lineLength` is what the line
+/// that goes on at the beginning has already, and afterwards what the one has that goes on at the end.
+std::size_t sizeWithinLimit(std::string_view text, std::size_t& lineLength)
+{
+    std::size_t begin = 0;
+    while (true) {
+        const std::size_t end = std::min(text.find('\n', begin), text.size());
+        if (lineLength + (end - begin) > cLongestLine) {
+            return begin + (cLongestLine - lineLength);
+        }
+        if (end == text.size()) {
+            lineLength += end - begin;
+            return end;
+        }
+        lineLength = 0;
+        begin = end + 1;
+    }
+}
+
+/// Copies up to the first character that makes a line too long, and puts a line end behind all.
 void copyLines(std::istream& from, std::ostream& to)
 {
-    char line[cLineBufferSize];
-    while (from.good()) {
-        from.getline(line, sizeof line);
-        to << line << "\n";
+    std::vector<char> block(65'536);
+    std::size_t lineLength = 0;
+    bool isWithinLimit = true;
+    while (from.good() && isWithinLimit) {
+        from.read(block.data(), static_cast<std::streamsize>(block.size()));
+        const std::string_view text(block.data(), static_cast<std::size_t>(from.gcount()));
+        const std::size_t size = sizeWithinLimit(text, lineLength);
+        to.write(text.data(), static_cast<std::streamsize>(size));
+        isWithinLimit = size == text.size();
     }
+    to << "\n";
 }
 
 } // namespace
@@ -56,9 +84,11 @@ void OxaZunicEnquirerInterfaceTextFile::printMessageInfo(const InterfaceMap& int
 }
 
 OxaZunicEnquirerInterfaceTextFile::SlotTotals
-OxaZunicEnquirerInterfaceTextFile::writeSlotAccounts(std::ostream& scratch, const MessageSlots& slots,
+OxaZunicEnquirerInterfaceTextFile::writeSlotAccounts(std::ostream& file, const MessageSlots& slots,
                                                      const InterfaceMap& interfaces)
 {
+    const ReceiverTexts receivers = receiverTexts(interfaces);
+    LineWriter scratch(file);
     SlotTotals totals;
     totals.free = slots.size() - slots.readable();
     for (std::uint32_t i = 0; i < slots.readable(); ++i) {
@@ -77,12 +107,12 @@ OxaZunicEnquirerInterfaceTextFile::writeSlotAccounts(std::ostream& scratch, cons
         case eSlotStateWritten:
             ++totals.written;
             scratch << "Message slot number " << i << " is marked as currently WRITTEN\n";
-            writeMessageAccount(scratch, slots, i, head.senderId, interfaces);
+            writeMessageAccount(scratch, slots, i, head.senderId, receivers);
             break;
         case eSlotStateMessage:
             if (isSender(head.senderId)) {
                 scratch << "Message slot number " << i << "\n";
-                writeMessageAccount(scratch, slots, i, head.senderId, interfaces);
+                writeMessageAccount(scratch, slots, i, head.senderId, receivers);
             } else {
                 ++totals.free;
             }

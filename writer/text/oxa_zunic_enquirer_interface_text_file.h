@@ -12,7 +12,7 @@
 
 namespace Oxa {
 
-class LinkSources;
+class LineWriter;
 class MessageSlots;
 
 /// Writes the text report (interfaces, communicators, memory managers) and the dump of the message storage.
@@ -63,6 +63,9 @@ public:
     bool zunicIsReceiverInterfaceRegistered(std::uint16_t interfaceId, const InterfaceMap& interfaces);
 
 private:
+    /// How each interface is listed as a receiver, by id: made once and not for every message.
+    using ReceiverTexts = std::vector<std::string>;
+
     struct SlotTotals
     {
         std::uint32_t free = 0;
@@ -72,14 +75,11 @@ private:
     };
 
     void writeInterfaceBlock(const OxaZunic::OxaZunicInterfaceInformation& info, std::ofstream* out);
-    void showConnectedInterfaces(const InterfaceMap& interfaces, std::uint32_t interfaceId, std::ofstream* out,
-                                 const LinkMap& links, const LinkSources& sources);
 
-    SlotTotals writeSlotAccounts(std::ostream& scratch, const MessageSlots& slots, const InterfaceMap& interfaces);
-    void writeMessageAccount(std::ostream& scratch, const MessageSlots& slots, std::uint32_t index,
-                             std::uint16_t senderId, const InterfaceMap& interfaces);
-    void writeReceivers(std::ostream& scratch, const oxa_zunic_receiver_bitfield_struct& receivers,
-                        const InterfaceMap& interfaces);
+    SlotTotals writeSlotAccounts(std::ostream& file, const MessageSlots& slots, const InterfaceMap& interfaces);
+    void writeMessageAccount(LineWriter& scratch, const MessageSlots& slots, std::uint32_t index,
+                             std::uint16_t senderId, const ReceiverTexts& texts);
+    ReceiverTexts receiverTexts(const InterfaceMap& interfaces);
     void buildMessagesFile(std::uint32_t storageSize, const SlotTotals& totals);
 
     bool mHistory = false;

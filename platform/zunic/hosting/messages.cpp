@@ -33,14 +33,16 @@ void checkSlot(const SlotDescription& slot)
 void fillSlot(MessageSlot& slot, const SlotDescription& description)
 {
     withdraw(slot.stateAndSender, packStateAndSender(SlotState::reserved, description.senderId));
-    slot.writerCounter = description.writerCounter;
-    slot.dataIndex = description.dataIndex;
-    std::ranges::fill(slot.receivers, 0);
+    store(slot.writerCounter, description.writerCounter);
+    store(slot.dataIndex, description.dataIndex);
+    for (std::uint64_t& word : slot.receivers)
+        store(word, 0);
     for (const std::uint16_t receiver : description.receivers) {
         addReceiver(slot.receivers, receiver);
     }
-    slot.userDataSize = description.userDataSize;
-    slot.external = description.external;
+    store(slot.userDataSize, description.userDataSize);
+    store(slot.external.memory_manager_index, description.external.memory_manager_index);
+    store(slot.external.range_index, description.external.range_index);
     publish(slot.stateAndSender, packStateAndSender(description.state, description.senderId));
 }
 

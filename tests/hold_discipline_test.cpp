@@ -1,0 +1,170 @@
+#include "enquirer/oxa_zunic_enquirer.h"
+#include "support/forked_child.h"
+#include "support/live_bus.h"
+
+#include "oxa/oxa_mutex.h"
+#include "zunic_hosting/hosted_channel.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdlib>
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <new>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/syscall.h>
+
+// What the enquirer does between the lock and the unlock of the registry mutex, seen from these two and from the
+// allocator: nothing that could make the bus wait.
+
+namespace {
+
+void ignore() {}
+
+/// What else happens at the two ends of the time in which the mutex is held.
+void (*afterLock)() = ignore;
+void (*beforeUnlock)() = ignore;
+
+bool isHeld = false;
+int allocationsWhileHeld = 0;
+
+int callPlatform(const char* function, oxa_mutex* mutex)
+{
+    return reinterpret_cast<int (*)(oxa_mutex*)>(dlsym(RTLD_NEXT, function))(mutex);
+}
+
+} // namespace
+
+extern "C" int oxa_mutex_lock(oxa_mutex* mutex)
+{
+    const int result = callPlatform("oxa_mutex_lock", mutex);
+    afterLock();
+    isHeld = true;
+    return result;
+}
+
+extern "C" int oxa_mutex_unlock(oxa_mutex* mutex)
+{
+    isHeld = false;
+    beforeUnlock();
+    return callPlatform("oxa_mutex_unlock", mutex);
+}
+
+void* operator new(std::size_t size)
+{
+    allocationsWhileHeld += isHeld ? 1 : 0;
+    if (void* const memory = std::malloc(size)) {
+        return memory;
+    }
+    throw std::bad_alloc();
+}
+
+void operator delete(void* memory) noexcept
+{
+    std::free(memory);
+}
+
+void operator delete(void* memory, std::size_t) noexcept
+{
+    std::free(memory);
+}
+
+namespace {
+
+constexpr int cSystemCallWhileHeld = 1000 + SIGSYS;
+
+long pageFaults()
+{
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_minflt + usage.ru_majflt;
+}
+
+/// From here on any system call but the end of the process ends it with SIGSYS.
+void forbidSystemCalls()
+{
+    sock_filter steps[] = {
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_exit_group, 0, 1),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_KILL_PROCESS),
+    };
+    const sock_fprog program{std::size(steps), steps};
+    if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0 || prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) != 0) {
+        _exit(1);
+    }
+}
+
+class RegistryHold : public testing::Test
+{
+protected:
+    ZunicHosting::HostedChannel mChannel = ZunicHosting::HostedChannel::create(
+        {.name = TestSupport::uniqueChannelName(), .messageSlots = 4, .memoryManagers = {}, .group = {}});
+
+    void SetUp() override
+    {
+        ZunicHosting::LockedRegistry registry = mChannel.lock();
+        for (std::uint16_t id = 0; id < ZunicHosting::cInterfaceCapacity; ++id) {
+            registry.registerCommunicator(1, id);
+            registry.registerInterface({.interfaceName = std::string(255, 'i'), .roleName = std::string(255, 'r')});
+            registry.connect(id, 0);
+            registry.connect(id, 1023);
+        }
+        allocationsWhileHeld = 0;
+    }
+
+    void TearDown() override { afterLock = beforeUnlock = ignore; }
+
+    OxaResult takeSnapshot()
+    {
+        Oxa::OxaZunicEnquirer enquirer("", false, false);
+        const OxaResult result = enquirer.init(mChannel.name());
+        enquirer.cleanup();
+        return result;
+    }
+};
+
+TEST_F(RegistryHold, AllocatesNothing)
+{
+    EXPECT_TRUE(takeSnapshot() == OxaResult::cOk);
+    EXPECT_EQ(allocationsWhileHeld, 0);
+}
+
+TEST_F(RegistryHold, MakesNoSystemCall)
+{
+    const auto endOfChild = [this](void (*atUnlock)()) {
+        TestSupport::ForkedChild child([&] {
+            afterLock = forbidSystemCalls;
+            beforeUnlock = atUnlock;
+            takeSnapshot();
+            return 1;
+        });
+        return child.wait();
+    };
+    EXPECT_EQ(endOfChild([] { _exit(0); }), 0);
+    EXPECT_EQ(endOfChild([] { _exit(getppid() > 0 ? 0 : 1); }), cSystemCallWhileHeld) << "the filter has no effect";
+}
+
+/// The system may take a page away at any moment; what the enquirer leaves to be faulted in is missing every time.
+/// Each snapshot is the first of its process, as in the tool: memory that was used before would be there.
+TEST_F(RegistryHold, FaultsNoTableIn)
+{
+    constexpr int cOwnPagesOfTheFork = 4;
+    static long before;
+    afterLock = [] { before = pageFaults(); };
+    beforeUnlock = [] { _exit(static_cast<int>(std::min(pageFaults() - before, 255L))); };
+    int fewest = 255;
+    for (int i = 0; i < 5; ++i) {
+        TestSupport::ForkedChild child([this] {
+            takeSnapshot();
+            return 255;
+        });
+        fewest = std::min(fewest, child.wait());
+    }
+    EXPECT_LE(fewest, cOwnPagesOfTheFork);
+}
+
+} // namespace

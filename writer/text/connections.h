@@ -1,0 +1,37 @@
+#ifndef WRITER_TEXT_CONNECTIONS_H
+#define WRITER_TEXT_CONNECTIONS_H
+
+#include "enquirer/record_types.h"
+#include "writer/text/link_sources.h"
+
+#include <cstdint>
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace Oxa {
+
+class LineWriter;
+
+/// What the report says about the links of each interface. Whatever many links have in common is put together once.
+class Connections
+{
+public:
+    /// Both have to stay as they are as long as this object is used.
+    Connections(const InterfaceMap& interfaces, const LinkMap& links);
+
+    /// Writes a line for each link from and to the interface `id`, in the order of the LinkMap.
+    void write(std::ostream& out, std::uint16_t id) const;
+
+private:
+    void writeLine(LineWriter& lines, const char* label, std::uint16_t connectedId) const;
+
+    const LinkMap& mLinks;
+    LinkSources mSources;
+    /// By interface id: role name and id, or nothing for one that the snapshot lacks.
+    std::vector<std::string> mNames;
+};
+
+} // namespace Oxa
+
+#endif
