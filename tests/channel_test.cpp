@@ -331,8 +331,8 @@ TEST_F(AttachedChannel, canBeWrittenOnlyInThePageOfTheMutex)
     EXPECT_THAT(writable, testing::SizeIs(2));
 
     const auto pageSize = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
-    const auto mutex = reinterpret_cast<std::uintptr_t>(registry() + cMutexOffset);
-    auto* const page = reinterpret_cast<std::byte*>(mutex - mutex % pageSize);
+    std::byte* const mutex = registry() + cMutexOffset;
+    std::byte* const page = mutex - reinterpret_cast<std::uintptr_t>(mutex) % pageSize;
     const auto childThatWritesTo = [](std::byte* place) {
         return ForkedChild([place] {
                    std::signal(SIGSEGV, SIG_DFL);

@@ -48,6 +48,7 @@ TEST(Concurrency, ReportsAreWrittenWhileThreadsChurn)
     std::atomic<bool> isOver{false};
     std::vector<std::thread> threads;
     std::vector<std::uint64_t> roundsDone(2);
+    threads.reserve(roundsDone.size());
     for (std::uint64_t& done : roundsDone) {
         threads.emplace_back([&] {
             const auto id = channel.lock().registerCommunicator(static_cast<std::uint32_t>(getpid()));

@@ -1,4 +1,5 @@
 #include "support/live_bus.h"
+#include "support/text.h"
 
 #include <arpa/inet.h>
 #include <gmock/gmock.h>
@@ -6,7 +7,6 @@
 #include <unistd.h>
 
 using namespace TestSupport;
-using testing::HasSubstr;
 
 namespace {
 
@@ -40,19 +40,20 @@ public:
         EXPECT_TRUE(waitUntil([&] { return std::filesystem::is_fifo(mDirectory / "dlt"); })) << mDaemon->errors();
     }
 
-    const TemporaryDirectory& directory() const { return mDirectory; }
+    /// For programs that are to find it.
+    std::map<std::string, std::string> environment() const { return {{"DLT_PIPE_DIR", mDirectory.path().string()}}; }
 
-    /// How often the daemon has told of the tool's registration.
-    std::size_t registrations() const
+    std::string log() const { return readFile(mDirectory / "log"); }
+
+    /// Whether it has told of that many registrations of the tool.
+    bool awaitRegistrations(std::size_t count) const
     {
-        const std::string log = readFile(mDirectory / "log");
-        const std::string start = "ApplicationID 'OZEN' registered for PID ";
-        const std::string end = ", Description=Zunic Enquirer\n";
-        std::size_t count = 0;
-        for (std::size_t at = 0; (at = log.find(start, at)) != std::string::npos; at += start.size()) {
-            count += log.compare(log.find(',', at), end.size(), end) == 0 ? 1 : 0;
-        }
-        return count;
+        const std::regex registration("ApplicationID 'OZEN' registered for PID [0-9]+, Description=Zunic Enquirer\n");
+        return waitUntil([&] {
+            const std::string text = log();
+            return count == static_cast<std::size_t>(std::distance(
+                                std::sregex_iterator(text.begin(), text.end(), registration), std::sregex_iterator()));
+        });
     }
 
 private:
@@ -80,20 +81,13 @@ TEST(Dlt, RegistersWithADaemonAndDoesTheSameWithoutOne)
     }
     const LiveBus bus(SCENARIO_DIR "/small.json");
     const DltDaemon daemon;
-    const std::string with = queryAndReport(bus, {{"DLT_PIPE_DIR", daemon.directory().path().string()}});
-    EXPECT_TRUE(waitUntil([&] { return daemon.registrations() == 2; })) << readFile(daemon.directory() / "log");
+    const std::string with = queryAndReport(bus, daemon.environment());
+    EXPECT_TRUE(daemon.awaitRegistrations(2)) << daemon.log();
     EXPECT_EQ(with, queryAndReport(bus, {}));
-}
 
-TEST(Dlt, IsToldOfARunWhoseCommandLineCannotBeRead)
-{
-    if (!std::filesystem::exists(cDaemon)) {
-        GTEST_SKIP() << "dlt-daemon is not installed";
-    }
-    const DltDaemon daemon;
-    EXPECT_NE(
-        runEnquirer({"--nonsense"}, {.environment = {{"DLT_PIPE_DIR", daemon.directory().path().string()}}}).status, 0);
-    EXPECT_TRUE(waitUntil([&] { return daemon.registrations() == 1; })) << readFile(daemon.directory() / "log");
+    // It is told of a run whose command line cannot be read, too.
+    EXPECT_NE(runEnquirer({"--nonsense"}, {.environment = daemon.environment()}).status, 0);
+    EXPECT_TRUE(daemon.awaitRegistrations(3)) << daemon.log();
 }
 
 } // namespace

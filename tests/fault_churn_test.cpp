@@ -65,7 +65,7 @@ public:
             communicator = {any<std::uint32_t>(), below<std::uint16_t>(4200), 0, below<std::uint32_t>(5), {}};
             auto& storage = mRegistry.messageStorage;
             storage.lastWrittenIndex = any<std::uint32_t>();
-            storage.storageSize = below(4U) == 0 ? any<std::uint32_t>() : static_cast<std::uint32_t>(mSlots.size());
+            storage.storageSize = below(16U) == 0 ? any<std::uint32_t>() : static_cast<std::uint32_t>(mSlots.size());
             damageMemory();
         }
     }
@@ -73,6 +73,7 @@ public:
 private:
     /// Few of them, so that reports are short and runs many.
     static constexpr std::size_t cEntries = 48;
+    static constexpr std::uint32_t cBlocks = 32;
 
     template <typename Number>
     Number any()
@@ -112,14 +113,16 @@ private:
         slot.stateAndSender = static_cast<std::uint16_t>(below(6U) | any<unsigned>() << 4);
     }
 
-    /// The memory managers and their blocks lie behind the messages.
     void damageMemory()
     {
         const auto& superblock = *reinterpret_cast<const ZunicFormat::Superblock*>(mBytes.data());
-        const auto tail = mBytes.subspan(superblock.memoryManagers.offset);
-        tail[below(tail.size())] = any<std::byte>();
-        auto* const manager = reinterpret_cast<ZunicFormat::MemoryManagerEntry*>(tail.data());
-        manager->record.manager.total_blocks = any<std::uint32_t>();
+        const auto pools = mBytes.subspan(superblock.pools.offset);
+        pools[below(pools.size())] = any<std::byte>();
+        auto& record =
+            reinterpret_cast<ZunicFormat::MemoryManagerEntry*>(&mBytes[superblock.memoryManagers.offset])->record;
+        record.block_map[below(std::size(record.block_map))] = mRandom();
+        record.manager.total_blocks = any<std::uint32_t>();
+        record.manager.maximum_blocks = below(16U) == 0 ? any<std::uint32_t>() : cBlocks;
     }
 
     std::mt19937_64 mRandom;
@@ -148,7 +151,7 @@ TEST(FaultOfAVandal, EveryRunEnds)
                                                  {.watchdog = std::chrono::seconds(30)});
         longest = std::max(longest, std::chrono::duration<double>(std::chrono::steady_clock::now() - begin));
         ++statuses[result.status];
-        // A superblock is never damaged here, but memory managers that cannot be are no channel.
+        // What has more message slots or blocks than there is room for is no channel.
         ASSERT_TRUE(result.status == 0 || result.status == static_cast<int>(OxaResult::cFailed.code()) ||
                     result.status == static_cast<int>(OxaResult::cObjectInvalid.code()))
             << result.status << result.errors;

@@ -45,7 +45,7 @@ protected:
         const std::string sound = mDirectory / "sound";
         ASSERT_EQ(runEnquirer({"-d", "-o", sound, mChannel.name()}).status, 0);
         for (const std::string name : {cReport, cGraph, cDump}) {
-            mSound[name] = readFile(sound + "/" + name);
+            mSound[name] = readFile(fs::path(sound) / name);
             ASSERT_THAT(mSound[name], testing::Not(IsEmpty()));
         }
     }
@@ -148,20 +148,16 @@ TEST_F(FaultOfTheDisk, DirectoryThatMayNotBeWrittenTo)
 {
     fs::create_directory(mOutput);
     fs::permissions(mOutput, fs::perms::owner_read | fs::perms::owner_exec);
-    const auto runUnprivileged = [&](const std::string& output) {
-        std::vector<std::string> words{ENQUIRER_BINARY, "-o", output, mChannel.name()};
-        if (geteuid() == 0) {
-            words.insert(words.begin(), {"/usr/bin/setpriv", "--bounding-set", "-all"});
-        }
-        ProgramResult result = runProgram(words, {.environment = {{"DLT_PIPE_DIR", "/nonexistent"}}});
-        return ProgramResult{result.status, withoutDltLines(result.output), withoutDltLines(result.errors)};
-    };
-    ProgramResult result = runUnprivileged(mOutput);
+    ProgramOptions unprivileged;
+    if (geteuid() == 0) {
+        unprivileged.launcher = {"/usr/bin/setpriv", "--bounding-set", "-all"};
+    }
+    ProgramResult result = runEnquirer({"-o", mOutput, mChannel.name()}, unprivileged);
     EXPECT_EQ(result.status, cFailed);
     EXPECT_EQ(result.output, "Error opening the output file!\n");
     EXPECT_EQ(result.errors, "");
 
-    result = runUnprivileged(mOutput + "/below");
+    result = runEnquirer({"-o", mOutput + "/below", mChannel.name()}, unprivileged);
     EXPECT_EQ(result.status, EACCES);
     EXPECT_EQ(result.output, "");
     EXPECT_EQ(result.errors, "Error creating output directory (Permission denied)\n");
@@ -186,11 +182,11 @@ TEST_F(FaultOfTheDisk, FullFileSystem)
 TEST_F(FaultOfTheDisk, LimitOnTheSizeOfFiles)
 {
     // The limit is in blocks of 512 bytes. Its signal is ignored, so that the writes fail instead.
-    const ProgramResult result = runProgram({"/bin/sh", "-c", "trap '' XFSZ; ulimit -f 1; exec \"$@\"", "sh",
-                                             ENQUIRER_BINARY, "-d", "-o", mOutput, mChannel.name()},
-                                            {.environment = {{"DLT_PIPE_DIR", "/nonexistent"}}});
+    const ProgramResult result =
+        runEnquirer({"-d", "-o", mOutput, mChannel.name()},
+                    {.launcher = {"/bin/sh", "-c", "trap '' XFSZ; ulimit -f 1; exec \"$@\"", "sh"}});
     EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(withoutDltLines(result.output), pathsOf({cDump, cReport}));
+    EXPECT_EQ(result.output, pathsOf({cDump, cReport}));
     expectBeginnings();
 }
 

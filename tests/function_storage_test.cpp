@@ -153,9 +153,9 @@ TEST_F(FunctionStorage, isInvalidWhenItReachesBeyondItself)
     const std::vector<std::function<void(FunctionStorageHeader&, FunctionRecord*)>> damages = {
         [](auto& header, auto*) { ++header.magic; },
         [](auto& header, auto*) { header.magic = 0; },
-        [](auto& header, auto*) { header.functionCount = cRoom / 12 + 1; },
+        [](auto& header, auto*) { header.functionCount = cRoom / sizeof(FunctionRecord) + 1; },
         [](auto& header, auto*) { header.functionCount = UINT16_MAX; },
-        [](auto& header, auto*) { header.namesSize = cRoom - 2 * 12 + 1; },
+        [](auto& header, auto*) { header.namesSize = cRoom - 2 * sizeof(FunctionRecord) + 1; },
         [](auto& header, auto*) { header.namesSize = UINT32_MAX; },
         [](auto& header, auto*) { --header.namesSize; },
         [](auto&, auto* records) { ++records[1].nameOffset; },

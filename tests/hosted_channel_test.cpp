@@ -112,6 +112,7 @@ TEST(HostedChannel, goesToOneOfManyThatTryAtOnce)
         const Gate tried;
         const Gate finish;
         std::vector<ForkedChild> children;
+        children.reserve(4);
         for (int i = 0; i < 4; ++i) {
             children.emplace_back([&] {
                 std::optional<HostedChannel> channel;
@@ -130,6 +131,7 @@ TEST(HostedChannel, goesToOneOfManyThatTryAtOnce)
         }
         EXPECT_TRUE(exists(name));
         std::vector<int> results;
+        results.reserve(children.size());
         for (std::size_t i = 0; i < children.size(); ++i) {
             finish.open();
         }
@@ -149,8 +151,7 @@ TEST(HostedChannel, isOpenToItsOwnerOrItsGroupWhateverTheUmask)
             const mode_t previous = umask(mask);
             const HostedChannel channel = HostedChannel::create(options);
             umask(previous);
-            struct stat status
-            {};
+            struct stat status = {};
             EXPECT_EQ(stat(("/dev/shm/zunic." + options.name).c_str(), &status), 0);
             EXPECT_EQ(status.st_mode & 0777U, group ? 0660U : 0600U);
         }

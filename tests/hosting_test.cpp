@@ -64,7 +64,7 @@ std::vector<unsigned> idsAt(const std::byte* base)
 {
     std::vector<unsigned> ids;
     for (unsigned id = 0; id < 1024; ++id) {
-        if ((numberAt<std::uint64_t>(base, id / 64 * 8) >> (id % 64) & 1) != 0) {
+        if ((numberAt<std::uint64_t>(base, std::size_t{id} / 64 * 8) >> (id % 64) & 1) != 0) {
             ids.push_back(id);
         }
     }
@@ -311,6 +311,7 @@ TEST_F(Hosting, fillsTheTablesToTheLastEntry)
 TEST_F(Hosting, losesNothingThatProcessesRegisterAtOnce)
 {
     std::vector<ForkedChild> children;
+    children.reserve(4);
     for (int child = 0; child < 4; ++child) {
         children.emplace_back([this] {
             HostedChannel channel = HostedChannel::attach(mHost.name());

@@ -1,17 +1,13 @@
 #include "support/records.h"
-#include "support/temporary_directory.h"
-#include "writer/dot/oxa_zunic_enquirer_interface_dot_file.h"
+#include "support/text.h"
 #include "writer/text/oxa_zunic_enquirer_interface_text_file.h"
 
 #include <cstring>
-#include <filesystem>
 #include <gmock/gmock.h>
-#include <unistd.h>
 
 using namespace Oxa;
 using namespace OxaZunic;
 using testing::ElementsAre;
-using testing::IsEmpty;
 using TestSupport::makeInterface;
 
 namespace {
@@ -55,13 +51,11 @@ namespace {
 class RecordDecoding : public testing::Test
 {
 protected:
-    OxaZunicEnquirerInterfaceDotFile mWriter{"unused"};
-    std::list<std::string> mFunctions;
+    OxaZunicEnquirerInterfaceTextFile mWriter{"unused"};
 
-    int decodeFunctions()
+    std::string functionsSection()
     {
-        mFunctions.clear();
-        return mWriter.decodeFunctionStorage(makeInterface(7), nullptr, mFunctions);
+        return TestSupport::writtenBy([&](auto* out) { mWriter.showAvailableFunctions(makeInterface(7), out); });
     }
 
     void SetUp() override
@@ -76,129 +70,48 @@ protected:
     }
 };
 
-TEST_F(RecordDecoding, InterfaceFields)
+TEST_F(RecordDecoding, UnknownFieldsAreEmpty)
 {
-    const OxaZunicInterfaceInformation info = makeInterface(
-        7,
-        {.name = "Audio", .role = "Player", .communicatorId = 65535, .state = eOxaZunicRegistrationStatePreregistered});
-    const std::pair<const char*, const char*> fields[] = {{"InterfaceId", "7"},
-                                                          {"CommunicatorId", "65535"},
-                                                          {"RegistrationState", "Required"},
-                                                          {"mInterfaceName", "Audio"},
-                                                          {"mRoleName", "Player"},
-                                                          {"mDomainName", "local"},
-                                                          {"type", "Skeleton"},
-                                                          {"version", "1.0.3"},
-                                                          {"FunctionStorageRangeLocation", "1 4"},
-                                                          {"interfaceId", ""},
-                                                          {"ProcessId", ""},
-                                                          {"Type", ""},
-                                                          {"", ""}};
-    for (const auto& [key, text] : fields) {
-        EXPECT_EQ(mWriter.decodeInterface(info, key), text) << key;
+    const OxaZunicCommunicatorInformation communicator(2, 77, eOxaZunicRegistrationStateRegistered);
+    for (const char* const field : {"", "interfaceId", "processId", "Type", "mVersion", "InterfaceId "}) {
+        EXPECT_EQ(mWriter.decodeInterface(makeInterface(7), field), "") << field;
+        EXPECT_EQ(mWriter.decodeCommunicator(communicator, field), "") << field;
     }
-}
-
-TEST_F(RecordDecoding, CommunicatorFields)
-{
-    const OxaZunicCommunicatorInformation info(2, 4294967295U, eOxaZunicRegistrationStateUnregistered);
-    const std::pair<const char*, const char*> fields[] = {{"ProcessId", "4294967295"},
-                                                          {"CommunicatorId", "2"},
-                                                          {"RegistrationState", "unRegistered"},
-                                                          {"processId", ""},
-                                                          {"InterfaceId", ""}};
-    for (const auto& [key, text] : fields) {
-        EXPECT_EQ(mWriter.decodeCommunicator(info, key), text) << key;
-    }
+    EXPECT_EQ(mWriter.decodeInterface(makeInterface(7), "ProcessId"), "");
+    EXPECT_EQ(mWriter.decodeCommunicator(communicator, "InterfaceId"), "");
 }
 
 TEST_F(RecordDecoding, WordsForNumbersOutsideTheirRange)
 {
-    const auto type = [&](std::uint32_t value) {
-        return mWriter.createType(static_cast<InterfaceInstanceType>(value));
-    };
-    const auto state = [&](std::uint32_t value) {
-        return mWriter.convertRegistrationState(static_cast<OxaZunicRegistrationState>(value));
-    };
-    EXPECT_THAT((std::vector{type(0), type(1), type(2), type(3), type(0xFFFFFFFF)}),
-                ElementsAre("Undefined", "Stub", "Skeleton", "Undefined", "Undefined"));
-    EXPECT_THAT((std::vector{state(0), state(1), state(2), state(3), state(4), state(9)}),
-                ElementsAre("Invalid", "Registered", "unRegistered", "Required", "Unknown", "Unknown"));
+    std::vector<std::string> types;
+    std::vector<std::string> states;
+    for (const std::uint32_t value : {0U, 1U, 2U, 3U, 4U, 0xFFFFFFFFU}) {
+        types.push_back(mWriter.createType(static_cast<InterfaceInstanceType>(value)));
+        states.push_back(mWriter.convertRegistrationState(static_cast<OxaZunicRegistrationState>(value)));
+    }
+    EXPECT_THAT(types, ElementsAre("Undefined", "Stub", "Skeleton", "Undefined", "Undefined", "Undefined"));
+    EXPECT_THAT(states, ElementsAre("Invalid", "Registered", "unRegistered", "Required", "Unknown", "Unknown"));
     EXPECT_EQ(mWriter.versionNumberToString(Version(10, 0, 4294967295U)), "10.0.4294967295");
 }
 
 TEST_F(RecordDecoding, ListsFunctionsByTheirPosition)
 {
-    EXPECT_EQ(decodeFunctions(), 0);
-    EXPECT_THAT(mFunctions, ElementsAre("\t0 | open", "\t1 | close", "\t2 | closeo", "\t3 | "));
+    EXPECT_EQ(functionsSection(), "Available functions [id | name]:\n\t0 | open\n\t1 | close\n\t2 | closeo\n\t3 | \n");
     EXPECT_EQ(functionStorage.location.memory_manager_index, 1);
     EXPECT_EQ(functionStorage.location.range_index, 4);
-
     functionStorage.count = 0;
-    EXPECT_EQ(decodeFunctions(), 0);
-    EXPECT_THAT(mFunctions, IsEmpty());
+    EXPECT_EQ(functionsSection(), "");
 }
 
 TEST_F(RecordDecoding, ListsNothingOfAStorageThatIsNotThere)
 {
     functionStorage.isValid = false;
-    EXPECT_EQ(decodeFunctions(), 0);
-    EXPECT_THAT(mFunctions, IsEmpty());
-
+    EXPECT_EQ(functionsSection(), "");
     functionStorage.isValid = true;
     functionStorage.mapResult = ENOENT;
-    EXPECT_EQ(decodeFunctions(), ENOENT);
-    EXPECT_THAT(mFunctions, IsEmpty());
-}
-
-TEST_F(RecordDecoding, AvailableFunctionsInTheReport)
-{
-    const TestSupport::TemporaryDirectory directory;
-    OxaZunicEnquirerInterfaceTextFile writer(directory.path().string());
-    std::ofstream out(directory / "functions");
-    writer.showAvailableFunctions(makeInterface(7), &out);
-    functionStorage.count = 0;
-    writer.showAvailableFunctions(makeInterface(7), &out);
-    functionStorage.mapResult = ENOENT;
-    writer.showAvailableFunctions(makeInterface(7), &out);
-    out.close();
-    EXPECT_EQ(TestSupport::readFile(directory / "functions"),
-              "Available functions [id | name]:\n\t0 | open\n\t1 | close\n\t2 | closeo\n\t3 | \n");
-}
-
-TEST_F(RecordDecoding, ApplicationNameOfARunningProcess)
-{
-    std::string name = "replaced";
-    EXPECT_TRUE(mWriter.get_app_name(static_cast<unsigned>(getpid()), name) == OxaResult::cOk);
-    EXPECT_EQ(name, std::filesystem::read_symlink("/proc/self/exe").filename());
-}
-
-TEST_F(RecordDecoding, ApplicationNameOfNoProcess)
-{
-    for (const unsigned processId : {0U, 4294967295U}) {
-        std::string name = "kept";
-        testing::internal::CaptureStdout();
-        testing::internal::CaptureStderr();
-        EXPECT_TRUE(mWriter.get_app_name(processId, name) == OxaResult::cFailed);
-        EXPECT_EQ(testing::internal::GetCapturedStdout(),
-                  "ERROR: Unable to find application name from /proc/" + std::to_string(processId) + "/exe\n");
-        EXPECT_EQ(testing::internal::GetCapturedStderr(), "readlink error: No such file or directory\n");
-        EXPECT_EQ(name, "kept");
-    }
-}
-
-TEST_F(RecordDecoding, OutputFileIsEmptiedWhenOpened)
-{
-    const TestSupport::TemporaryDirectory directory;
-    const std::string path = directory / "interfaces_communicators_info.dot";
-    TestSupport::writeFile(path, "of an earlier run");
-    OxaZunicEnquirerInterfaceDotFile writer(directory.path().string() + "/");
-    EXPECT_TRUE(writer.createOutputFile() == OxaResult::cOk);
-    EXPECT_EQ(TestSupport::readFile(path), "");
-
-    testing::internal::CaptureStdout();
-    EXPECT_TRUE(OxaZunicEnquirerInterfaceDotFile(directory / "missing").createOutputFile() == OxaResult::cFailed);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "Error opening the output file!\n");
+    EXPECT_EQ(functionsSection(), "");
+    std::list<std::string> functions;
+    EXPECT_EQ(mWriter.decodeFunctionStorage(makeInterface(7), nullptr, functions), ENOENT);
 }
 
 } // namespace

@@ -104,9 +104,9 @@ std::string churnFaultIn(const std::string& report, const std::set<pid_t>& alive
         }
     }
     for (const pid_t process : alive) {
-        const std::string fault = found[process].empty() ? "no pairs" : faultIn(found[process]);
+        std::string fault = found[process].empty() ? "no pairs" : faultIn(found[process]);
         if (!fault.empty()) {
-            return "process " + std::to_string(process) + ": " + fault + " in\n" + report;
+            return fault.append(" of process ").append(std::to_string(process)).append(" in\n").append(report);
         }
     }
     return "";

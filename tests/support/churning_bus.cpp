@@ -3,6 +3,7 @@
 #include "churn.h"
 #include "enquirer/oxa_zunic_enquirer.h"
 #include "support/live_bus.h"
+#include "support/text.h"
 
 #include <algorithm>
 #include <chrono>
@@ -129,15 +130,13 @@ std::uint64_t ChurningBus::roundsDone() const
 std::string InProcessEnquirer::report(const std::string& channelName) const
 {
     const std::string output = mDirectory / "output";
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
-    Oxa::OxaZunicEnquirer enquirer(output, false, false);
-    const bool isTaken = enquirer.init(channelName) == OxaResult::cOk;
-    const bool isWritten = isTaken && enquirer.startEnquirer() == OxaResult::cOk;
-    enquirer.cleanup();
-    testing::internal::GetCapturedStdout();
-    testing::internal::GetCapturedStderr();
-    EXPECT_TRUE(isTaken && isWritten);
+    bool isWritten = false;
+    printedBy([&] {
+        Oxa::OxaZunicEnquirer enquirer(output, false, false);
+        isWritten = enquirer.init(channelName) == OxaResult::cOk && enquirer.startEnquirer() == OxaResult::cOk;
+        enquirer.cleanup();
+    });
+    EXPECT_TRUE(isWritten);
     return isWritten ? readFile(output + "/interfaces_communicators_info.txt") : "";
 }
 

@@ -14,6 +14,19 @@ std::string uniqueChannelName()
     return "enquirer_test." + std::to_string(getpid()) + "." + std::to_string(count++);
 }
 
+std::map<std::string, pid_t> childrenOf(pid_t process)
+{
+    std::map<std::string, pid_t> found;
+    const std::string id = std::to_string(process);
+    std::ifstream children("/proc/" + id + "/task/" + id + "/children");
+    for (pid_t child = 0; children >> child;) {
+        std::error_code error;
+        const auto executable = std::filesystem::read_symlink("/proc/" + std::to_string(child) + "/exe", error);
+        found.emplace(executable.filename().string(), child);
+    }
+    return found;
+}
+
 LiveBus::LiveBus(const std::string& scenarioFile)
     : mHost({DEMO_BUS_BINARY, "--channel", mChannelName, scenarioFile}, {.watchdog = std::chrono::seconds(300)})
 {
@@ -24,19 +37,6 @@ LiveBus::LiveBus(const std::string& scenarioFile)
 LiveBus::~LiveBus()
 {
     EXPECT_EQ(mHost.terminate(), 0) << mHost.errors();
-}
-
-std::map<std::string, pid_t> LiveBus::processes() const
-{
-    std::map<std::string, pid_t> found;
-    const std::string host = std::to_string(mHost.processId());
-    std::ifstream children("/proc/" + host + "/task/" + host + "/children");
-    for (pid_t child = 0; children >> child;) {
-        std::error_code error;
-        const auto executable = std::filesystem::read_symlink("/proc/" + std::to_string(child) + "/exe", error);
-        found.emplace(executable.filename().string(), child);
-    }
-    return found;
 }
 
 } // namespace TestSupport

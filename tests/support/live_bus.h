@@ -3,14 +3,15 @@
 
 #include "support/program.h"
 
-#include <optional>
 #include <string>
-#include <vector>
 
 namespace TestSupport {
 
 /// A channel name that no other test uses.
 std::string uniqueChannelName();
+
+/// The children of a process by the names of their executables, which differ.
+std::map<std::string, pid_t> childrenOf(pid_t process);
 
 /// A demo bus with its processes, up from construction to destruction.
 class LiveBus
@@ -22,8 +23,7 @@ public:
 
     const std::string& channelName() const { return mChannelName; }
 
-    /// The process ids of its processes, by the name of their executable.
-    std::map<std::string, pid_t> processes() const;
+    std::map<std::string, pid_t> processes() const { return childrenOf(mHost.processId()); }
 
 private:
     std::string mChannelName = uniqueChannelName();

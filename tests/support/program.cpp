@@ -13,19 +13,14 @@ namespace TestSupport {
 
 namespace {
 
-std::vector<std::string> environmentWith(std::map<std::string, std::string> added)
+/// The words in front of a program's own that give it its working directory and its environment.
+std::vector<std::string> surroundings(const ProgramOptions& options)
 {
-    std::vector<std::string> all;
-    for (char** variable = environ; *variable != nullptr; ++variable) {
-        const std::string text = *variable;
-        if (added.count(text.substr(0, text.find('='))) == 0) {
-            all.push_back(text);
-        }
+    std::vector<std::string> words{"/usr/bin/env", "--chdir=" + options.workingDirectory};
+    for (const auto& [name, value] : options.environment) {
+        words.push_back(name + "=" + value);
     }
-    for (const auto& [name, value] : added) {
-        all.push_back(name + "=" + value);
-    }
-    return all;
+    return words;
 }
 
 std::vector<char*> pointersTo(std::vector<std::string>& texts)
@@ -43,20 +38,19 @@ std::vector<char*> pointersTo(std::vector<std::string>& texts)
 Program::Program(const std::vector<std::string>& words, const ProgramOptions& options)
     : mDeadline(std::chrono::steady_clock::now() + options.watchdog)
 {
-    std::vector<std::string> arguments = words;
-    std::vector<std::string> environment = environmentWith(options.environment);
+    std::vector<std::string> arguments = surroundings(options);
+    arguments.insert(arguments.end(), words.begin(), words.end());
 
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
     posix_spawn_file_actions_addopen(&actions, 1, (mCaught / "output").c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600);
     posix_spawn_file_actions_addopen(&actions, 2, (mCaught / "errors").c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600);
-    posix_spawn_file_actions_addchdir_np(&actions, options.workingDirectory.c_str());
-    const int error = posix_spawn(&mProcessId, words.at(0).c_str(), &actions, nullptr, pointersTo(arguments).data(),
-                                  pointersTo(environment).data());
+    const int error =
+        posix_spawn(&mProcessId, arguments[0].c_str(), &actions, nullptr, pointersTo(arguments).data(), environ);
     posix_spawn_file_actions_destroy(&actions);
     if (error != 0) {
-        throw std::system_error(error, std::generic_category(), words.at(0));
+        throw std::system_error(error, std::generic_category(), arguments[0]);
     }
 }
 
@@ -121,7 +115,8 @@ ProgramResult runEnquirer(const std::vector<std::string>& arguments, ProgramOpti
 {
     const TemporaryDirectory noDaemon;
     options.environment.emplace("DLT_PIPE_DIR", noDaemon.path().string());
-    std::vector<std::string> words{ENQUIRER_BINARY};
+    std::vector<std::string> words = options.launcher;
+    words.emplace_back(ENQUIRER_BINARY);
     words.insert(words.end(), arguments.begin(), arguments.end());
     ProgramResult result = runProgram(words, options);
     result.output = withoutDltLines(result.output);

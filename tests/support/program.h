@@ -18,6 +18,8 @@ struct ProgramOptions
     std::map<std::string, std::string> environment = {};
     /// A program that is still running then is killed, which shows in its status.
     std::chrono::seconds watchdog{60};
+    /// Words in front of the enquirer's own: a program that is to start it.
+    std::vector<std::string> launcher = {};
 };
 
 /// A program that was started with its output caught; killed when this object is destroyed before it has ended.
