@@ -3,6 +3,7 @@
 
 #include <arpa/inet.h>
 #include <gmock/gmock.h>
+#include <regex>
 #include <sys/socket.h>
 #include <unistd.h>
 
