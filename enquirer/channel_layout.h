@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <string_view>
 
 // The bytes of a channel as the processes on the bus write them. All numbers are unsigned, in the byte order of the
 // machine; members named `unread` are the bus's own.
@@ -159,6 +160,18 @@ template <typename Value>
 Value loadShared(const Value& field)
 {
     return __atomic_load_n(&field, __ATOMIC_RELAXED);
+}
+
+/// A name ends at its NUL or at the end of its field.
+inline std::string_view nameIn(const char (&field)[cNameSize])
+{
+    return {field, strnlen(field, cNameSize)};
+}
+
+inline bool isInUse(const InterfaceEntry& entry)
+{
+    return entry.state == oxa_zunic_registration_state_registered ||
+           entry.state == oxa_zunic_registration_state_preregistered;
 }
 
 /// Calls `visit` with each id of the set, in ascending order.

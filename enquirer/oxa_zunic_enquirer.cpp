@@ -10,9 +10,7 @@
 #include <cstring>
 #include <iostream>
 #include <memory>
-#include <sys/mman.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace Oxa {
 
@@ -26,24 +24,9 @@ Target* addressIn(void* base, std::size_t offset)
     return reinterpret_cast<Target*>(static_cast<std::byte*>(base) + offset);
 }
 
-/// Has the pages of memory that is not in use yet put in their places, so that writing to it is no system's business
-/// later. All at once takes the system half the time that it takes page by page.
-void makePresent(void* memory, std::size_t size)
-{
-    const std::size_t intoPage = reinterpret_cast<std::uintptr_t>(memory) % static_cast<std::size_t>(getpagesize());
-    if (madvise(static_cast<std::byte*>(memory) - intoPage, intoPage + size, MADV_POPULATE_WRITE) != 0) {
-        std::memset(memory, 0, size);
-    }
-}
-
 std::byte* registryBase(oxa_zunic_communication_channel* channel)
 {
     return readAt<std::byte*>(channel, cHandleRegistryBase);
-}
-
-bool isNoneOrEqual(const std::string& filter, const std::string& name)
-{
-    return filter.empty() || filter == name;
 }
 
 } // namespace
@@ -65,29 +48,27 @@ OxaResult OxaZunicEnquirer::init(const std::string& channelName)
 
 OxaResult OxaZunicEnquirer::readData()
 {
-    auto tables = std::make_unique_for_overwrite<RegistryTables>();
-    makePresent(tables.get(), sizeof *tables);
+    auto copy = RegistryCopy::makePresent();
     std::byte* const base = registryBase(mChannel);
     auto* const mutex = addressIn<oxa_mutex>(base, cRegistryMutex);
 
     if (oxa_mutex_lock(mutex) != 0) {
         return OxaResult::cFailed;
     }
-    std::memcpy(tables.get(), base + cRegistryTables, sizeof *tables);
+    std::memcpy(&copy->tables, base + cRegistryTables, sizeof copy->tables);
     oxa_mutex_unlock(mutex);
 
-    decodeInterfaceTable(*tables, mInterfaces);
-    decodeCommunicatorTable(*tables, mCommunicators);
-    decodePendingLinks();
-    mPendingLinks = std::move(tables);
+    decodeCopy();
+    mCopy = std::move(copy);
     return OxaResult::cOk;
 }
 
-void OxaZunicEnquirer::decodePendingLinks()
+void OxaZunicEnquirer::decodeCopy()
 {
-    if (mPendingLinks != nullptr) {
-        decodeLinks(*mPendingLinks, mLinks);
-        mPendingLinks.reset();
+    if (mCopy != nullptr) {
+        decodeInterfaceTable(mCopy->tables, mInterfaces, mLinks);
+        decodeCommunicatorTable(mCopy->tables, mCommunicators);
+        mCopy.reset();
     }
 }
 
@@ -111,7 +92,7 @@ OxaResult OxaZunicEnquirer::writeReports()
                                   readAt<oxa_zunic_message*>(mChannel, cHandleMessages));
     mTextWriter.setMemoryDispatcher(addressIn<oxa_zunic_memory_dispatcher_struct>(mChannel, cHandleMemoryDispatcher));
     mTextWriter.setHistory(mHistory);
-    decodePendingLinks();
+    decodeCopy();
 
     OxaResult result = mTextWriter.writeData(mCommunicators, mInterfaces, mLinks);
     if (mDotFile) {
@@ -145,12 +126,11 @@ OxaResult OxaZunicEnquirer::matchInterface(const std::string& interfaceName, con
     if (interfaceName.empty() && roleName.empty() && domainName.empty()) {
         return OxaResult::cObjectNotFound;
     }
-    const bool isFound = std::any_of(mInterfaces.begin(), mInterfaces.end(), [&](const auto& entry) {
-        const OxaZunic::OxaZunicInterfaceInformation& info = entry.second;
-        return isNoneOrEqual(interfaceName, info.mUuid.mInterfaceName) &&
-               isNoneOrEqual(roleName, info.mUuid.mRoleName) && isNoneOrEqual(domainName, info.mUuid.mDomainName) &&
-               (!useType || info.mUuid.mType == type) && (!useState || info.mRegistrationState == state);
-    });
+    const InterfaceFilter filter{interfaceName, roleName, domainName, useType ? std::optional(type) : std::nullopt,
+                                 useState ? std::optional(state) : std::nullopt};
+    const bool isFound = std::any_of(mInterfaces.begin(), mInterfaces.end(),
+                                     [&](const auto& entry) { return filter.fits(entry.second); }) ||
+                         (mCopy != nullptr && isAnyInterface(mCopy->tables, filter));
     return isFound ? OxaResult::cOk : OxaResult::cObjectNotFound;
 }
 

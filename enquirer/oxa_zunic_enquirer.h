@@ -13,9 +13,7 @@
 
 namespace Oxa {
 
-namespace ChannelLayout {
-struct RegistryTables;
-}
+struct RegistryCopy;
 
 /// Attaches to a channel, takes one snapshot of its registry, and answers queries about it or writes the reports.
 ///
@@ -55,7 +53,7 @@ public:
 
 private:
     OxaResult writeReports();
-    void decodePendingLinks();
+    void decodeCopy();
 
     oxa_zunic_communication_channel* mChannel = nullptr;
     std::string mOutputDir;
@@ -64,8 +62,8 @@ private:
     CommunicatorList mCommunicators;
     InterfaceMap mInterfaces;
     LinkMap mLinks;
-    /// The tables last read, until a report needs their links: a query does without these, and they can be a million.
-    std::unique_ptr<const ChannelLayout::RegistryTables> mPendingLinks;
+    /// What was last read, until a report needs it decoded: a query is answered sooner from the tables as they are.
+    std::unique_ptr<const RegistryCopy> mCopy;
     OxaZunicEnquirerInterfaceTextFile mTextWriter;
     OxaZunicEnquirerInterfaceDotFile mDotWriter;
 };

@@ -1,7 +1,10 @@
 #include "enquirer/snapshot.h"
 
+#include <algorithm>
+#include <bitset>
 #include <cstring>
-#include <string>
+#include <iterator>
+#include <sys/mman.h>
 
 namespace Oxa {
 
@@ -9,24 +12,12 @@ namespace {
 
 using namespace ChannelLayout;
 
-bool isInUse(const InterfaceEntry& entry)
-{
-    return entry.state == oxa_zunic_registration_state_registered ||
-           entry.state == oxa_zunic_registration_state_preregistered;
-}
-
-/// A name ends at its NUL or at the end of its field.
-std::string decodeName(const char (&field)[cNameSize])
-{
-    return {field, strnlen(field, cNameSize)};
-}
-
 /// Fills the record in place: the names of a full registry are worth no second copy.
 void decodeInterfaceEntry(const InterfaceEntry& entry, OxaZunic::OxaZunicInterfaceInformation& info)
 {
-    info.mUuid.mInterfaceName = decodeName(entry.interfaceName);
-    info.mUuid.mRoleName = decodeName(entry.roleName);
-    info.mUuid.mDomainName = decodeName(entry.domainName);
+    info.mUuid.mInterfaceName = nameIn(entry.interfaceName);
+    info.mUuid.mRoleName = nameIn(entry.roleName);
+    info.mUuid.mDomainName = nameIn(entry.domainName);
     info.mUuid.mType = entry.type;
     info.mUuid.mVersion = Version(entry.version[0], entry.version[1], entry.version[2]);
     info.mCommunicatorId = entry.communicatorId;
@@ -44,24 +35,38 @@ void addLinks(const InterfaceEntry& entry, LinkMap& links)
 
 } // namespace
 
-void decodeInterfaceTable(const RegistryTables& tables, InterfaceMap& interfaces)
+std::unique_ptr<RegistryCopy> RegistryCopy::makePresent()
+{
+    auto copy = std::make_unique_for_overwrite<RegistryCopy>();
+    madvise(copy.get(), sizeof *copy, MADV_HUGEPAGE);
+    if (madvise(copy.get(), sizeof tables, MADV_POPULATE_WRITE) != 0) {
+        std::memset(&copy->tables, 0, sizeof tables);
+    }
+    return copy;
+}
+
+bool isAnyInterface(const RegistryTables& tables, const InterfaceFilter& filter)
+{
+    std::bitset<std::size_t{1} << 16> seen;
+    return std::any_of(std::begin(tables.interfaces), std::end(tables.interfaces), [&](const InterfaceEntry& entry) {
+        if (!isInUse(entry) || seen.test(entry.interfaceId)) {
+            return false;
+        }
+        seen.set(entry.interfaceId);
+        return filter.fits(entry);
+    });
+}
+
+void decodeInterfaceTable(const RegistryTables& tables, InterfaceMap& interfaces, LinkMap& links)
 {
     for (const InterfaceEntry& entry : tables.interfaces) {
         if (!isInUse(entry)) {
             continue;
         }
+        addLinks(entry, links);
         const auto [place, isNew] = interfaces.try_emplace(entry.interfaceId);
         if (isNew) {
             decodeInterfaceEntry(entry, place->second);
-        }
-    }
-}
-
-void decodeLinks(const RegistryTables& tables, LinkMap& links)
-{
-    for (const InterfaceEntry& entry : tables.interfaces) {
-        if (isInUse(entry)) {
-            addLinks(entry, links);
         }
     }
 }

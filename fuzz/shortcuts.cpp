@@ -3,38 +3,34 @@
 
 #include "shortcuts.h"
 
-#include "enquirer/channel_layout.h"
+#include "enquirer/snapshot.h"
 #include "oxa/oxa_zunic_communication_channel.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <dlfcn.h>
+#include <new>
 #include <sanitizer/asan_interface.h>
 #include <sys/mman.h>
 
 namespace {
 
-constexpr std::size_t cSnapshotSize = sizeof(Oxa::ChannelLayout::RegistryTables);
 constexpr std::size_t cRedZone = 4096;
-constexpr std::size_t cHugePage = std::size_t{1} << 21;
 
-static_assert(cRedZone + cSnapshotSize + cRedZone <= cHugePage);
-
-/// In one huge page, which the kernel handles in a fraction of the time of three hundred small ones. The sanitizer
-/// reports each access in front of the snapshot and behind it.
+/// A huge page, which stays present. The sanitizer reports each access in front of the tables and behind them.
 std::byte* mapSnapshot()
 {
-    void* const mapped = mmap(nullptr, 2 * cHugePage, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    void* const mapped = mmap(nullptr, 3 * Oxa::cHugePage, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (mapped == MAP_FAILED) {
         std::abort();
     }
-    auto* const bytes = static_cast<std::byte*>(mapped);
-    std::byte* const page = bytes + (cHugePage - reinterpret_cast<std::uintptr_t>(mapped) % cHugePage);
-    madvise(page, cHugePage, MADV_HUGEPAGE);
-    ASAN_POISON_MEMORY_REGION(page, cHugePage);
-    ASAN_UNPOISON_MEMORY_REGION(page + cRedZone, cSnapshotSize);
-    return page + cRedZone;
+    std::byte* const page = static_cast<std::byte*>(mapped) + 2 * Oxa::cHugePage -
+                            reinterpret_cast<std::uintptr_t>(mapped) % Oxa::cHugePage;
+    madvise(page, Oxa::cHugePage, MADV_HUGEPAGE);
+    ASAN_POISON_MEMORY_REGION(page - cRedZone, cRedZone + sizeof(Oxa::RegistryCopy));
+    ASAN_UNPOISON_MEMORY_REGION(page, sizeof(Oxa::RegistryCopy::tables));
+    return page;
 }
 
 std::byte* const snapshot = mapSnapshot();
@@ -88,31 +84,31 @@ void oxa_zunic_communication_channel_destroy(oxa_zunic_communication_channel* ch
     }
 }
 
-/// A large quarantine would have each run use memory that is in no cache.
+/// Neither time for filling fresh memory, nor a quarantine so large that each run uses memory that is in no cache.
 const char* __asan_default_options()
 {
-    return "quarantine_size_mb=1:thread_local_quarantine_size_kb=64:malloc_context_size=4";
+    return "max_malloc_fill_size=0:malloc_context_size=2:quarantine_size_mb=1:thread_local_quarantine_size_kb=64";
 }
 
-// The linker lets the calls of operator new and operator delete come here first.
-void* __real__Znwm(std::size_t size);
-void __real__ZdlPv(void* block);
+// The linker lets the calls of operator new and operator delete for over-aligned memory come here first.
+void* __real__ZnwmSt11align_val_t(std::size_t size, std::align_val_t alignment);
+void __real__ZdlPvSt11align_val_t(void* block, std::align_val_t alignment);
 
-void* __wrap__Znwm(std::size_t size)
+void* __wrap__ZnwmSt11align_val_t(std::size_t size, std::align_val_t alignment)
 {
-    if (size != cSnapshotSize || isSnapshotTaken) {
-        return __real__Znwm(size);
+    if (size != sizeof(Oxa::RegistryCopy) || isSnapshotTaken) {
+        return __real__ZnwmSt11align_val_t(size, alignment);
     }
     isSnapshotTaken = true;
     return snapshot;
 }
 
-void __wrap__ZdlPv(void* block)
+void __wrap__ZdlPvSt11align_val_t(void* block, std::align_val_t alignment)
 {
     if (block == snapshot) {
         isSnapshotTaken = false;
     } else {
-        __real__ZdlPv(block);
+        __real__ZdlPvSt11align_val_t(block, alignment);
     }
 }
 }

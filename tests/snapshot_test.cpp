@@ -101,8 +101,7 @@ protected:
     {
         const auto tables = std::make_unique<ChannelLayout::RegistryTables>();
         std::memcpy(tables.get(), mChannel.registry() + 8, sizeof *tables);
-        decodeInterfaceTable(*tables, mInterfaces);
-        decodeLinks(*tables, mLinks);
+        decodeInterfaceTable(*tables, mInterfaces, mLinks);
         decodeCommunicatorTable(*tables, mCommunicators);
     }
 };

@@ -3,8 +3,8 @@
 
 #include <charconv>
 #include <cstdint>
+#include <cstring>
 #include <ostream>
-#include <string>
 #include <string_view>
 
 namespace Oxa {
@@ -29,40 +29,49 @@ public:
 
     LineWriter& operator<<(std::string_view text)
     {
-        if (mText.size() + text.size() > cEnough) {
-            handOver();
+        makeRoom(text.size());
+        if (text.size() > sizeof mText) {
+            mOut.write(text.data(), static_cast<std::streamsize>(text.size()));
+        } else {
+            std::memcpy(mText + mSize, text.data(), text.size());
+            mSize += text.size();
         }
-        mText += text;
         return *this;
     }
 
     LineWriter& operator<<(std::uint32_t number)
     {
-        char digits[10];
-        const auto result = std::to_chars(digits, digits + sizeof digits, number);
-        return *this << std::string_view(digits, static_cast<std::size_t>(result.ptr - digits));
+        constexpr std::size_t cMostDigits = 10;
+        makeRoom(cMostDigits);
+        mSize = static_cast<std::size_t>(std::to_chars(mText + mSize, mText + sizeof mText, number).ptr - mText);
+        return *this;
     }
 
     LineWriter& operator<<(EndLine)
     {
-        mText += '\n';
+        *this << "\n";
         handOver();
         mOut.flush();
         return *this;
     }
 
 private:
-    /// Bounds what piles up where no line is flushed.
-    static constexpr std::size_t cEnough = 16384;
+    void makeRoom(std::size_t size)
+    {
+        if (size > sizeof mText - mSize) {
+            handOver();
+        }
+    }
 
     void handOver()
     {
-        mOut.write(mText.data(), static_cast<std::streamsize>(mText.size()));
-        mText.clear();
+        mOut.write(mText, static_cast<std::streamsize>(mSize));
+        mSize = 0;
     }
 
     std::ostream& mOut;
-    std::string mText;
+    char mText[16384];
+    std::size_t mSize = 0;
 };
 
 } // namespace Oxa

@@ -6,11 +6,11 @@
 
 namespace Oxa {
 
-Connections::Connections(const InterfaceMap& interfaces, const LinkMap& links)
-    : mLinks(links), mSources(links), mNames(interfaces.empty() ? 0 : interfaces.rbegin()->first + std::size_t{1})
+Connections::Connections(const InterfaceMap& interfaces, const LinkMap& links) : mLinks(links), mSources(links)
 {
+    mNames.reserve(interfaces.size());
     for (const auto& [id, info] : interfaces) {
-        mNames[id] = info.mUuid.mRoleName + "(" + std::to_string(id) + ")";
+        mNames.emplace(id, info.mUuid.mRoleName + "(" + std::to_string(id) + ")");
     }
 }
 
@@ -37,8 +37,9 @@ void Connections::write(std::ostream& out, std::uint16_t id) const
 
 void Connections::writeLine(LineWriter& lines, const char* label, std::uint16_t connectedId) const
 {
-    if (connectedId < mNames.size() && !mNames[connectedId].empty()) {
-        lines << label << mNames[connectedId] << endLine;
+    const auto name = mNames.find(connectedId);
+    if (name != mNames.end()) {
+        lines << label << name->second << endLine;
     }
 }
 

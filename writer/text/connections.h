@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <ostream>
 #include <string>
-#include <vector>
+#include <unordered_map>
 
 namespace Oxa {
 
@@ -28,8 +28,8 @@ private:
 
     const LinkMap& mLinks;
     LinkSources mSources;
-    /// By interface id: role name and id, or nothing for one that the snapshot lacks.
-    std::vector<std::string> mNames;
+    /// By interface id: role name and id.
+    std::unordered_map<std::uint16_t, std::string> mNames;
 };
 
 } // namespace Oxa

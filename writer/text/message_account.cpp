@@ -11,6 +11,9 @@ using namespace ChannelLayout;
 
 namespace {
 
+/// The ids that a set of receivers can hold are below this.
+constexpr std::uint16_t cReceiverIds = 1024;
+
 bool isEmpty(const oxa_zunic_receiver_bitfield_struct& receivers)
 {
     return std::all_of(std::begin(receivers.words), std::end(receivers.words), [](auto word) { return word == 0; });
@@ -44,10 +47,16 @@ void writeInternalDataEntries(LineWriter& scratch, const MessageSlots& slots, st
 }
 
 void writeReceivers(LineWriter& scratch, const oxa_zunic_receiver_bitfield_struct& receivers,
-                    const std::vector<std::string>& texts)
+                    const std::vector<bool>& isRegistered)
 {
     scratch << "Receivers ID: ";
-    forEachReceiver(receivers, [&](std::uint16_t id) { scratch << texts[id]; });
+    forEachReceiver(receivers, [&](std::uint16_t id) {
+        if (isRegistered[id]) {
+            scratch << id;
+        } else {
+            scratch << "[" << id << "]";
+        }
+    });
     scratch << endLine;
 }
 
@@ -67,7 +76,7 @@ void writeDataEntries(LineWriter& scratch, const MessageSlots& slots, std::uint3
 
 void OxaZunicEnquirerInterfaceTextFile::writeMessageAccount(LineWriter& scratch, const MessageSlots& slots,
                                                             std::uint32_t index, std::uint16_t senderId,
-                                                            const ReceiverTexts& texts)
+                                                            const std::vector<bool>& isRegistered)
 {
     const oxa_zunic_receiver_bitfield_struct receivers = slots.receivers(index);
     scratch << "Sender id: " << senderId << "\n";
@@ -76,25 +85,25 @@ void OxaZunicEnquirerInterfaceTextFile::writeMessageAccount(LineWriter& scratch,
         return;
     }
     scratch << "The message slot number " << index << " has valid receivers\n";
-    writeReceivers(scratch, receivers, texts);
+    writeReceivers(scratch, receivers, isRegistered);
     scratch << "Message writer counter: " << slots.writerCounter(index) << "\n";
     writeDataEntries(scratch, slots, index);
     scratch << "User data size for this message is " << slots.userDataSize(index) << " bit/s\n" << cSlotSeparator;
 }
 
-OxaZunicEnquirerInterfaceTextFile::ReceiverTexts
-OxaZunicEnquirerInterfaceTextFile::receiverTexts(const InterfaceMap& interfaces)
+std::vector<bool> OxaZunicEnquirerInterfaceTextFile::registeredReceivers(const InterfaceMap& interfaces)
 {
-    oxa_zunic_receiver_bitfield_struct everybody;
-    std::fill(std::begin(everybody.words), std::end(everybody.words), ~std::uint64_t{0});
-    ReceiverList ids;
-    zunicReceiverBitfieldGetIDs(everybody, ids, interfaces);
-    ReceiverTexts texts;
-    for (const auto& [id, isRegistered] : ids) {
-        const std::string number = std::to_string(id);
-        texts.push_back(isRegistered ? number : "[" + number + "]");
+    oxa_zunic_receiver_bitfield_struct known{};
+    for (auto entry = interfaces.begin(); entry != interfaces.lower_bound(cReceiverIds); ++entry) {
+        known.words[entry->first / 64] |= std::uint64_t{1} << (entry->first % 64);
     }
-    return texts;
+    ReceiverList ids;
+    zunicReceiverBitfieldGetIDs(known, ids, interfaces);
+    std::vector<bool> isRegistered(cReceiverIds);
+    for (const auto& [id, isOneRegistered] : ids) {
+        isRegistered[id] = isOneRegistered;
+    }
+    return isRegistered;
 }
 
 bool OxaZunicEnquirerInterfaceTextFile::zunicReceiverBitfieldGetIDs(const oxa_zunic_receiver_bitfield_struct& receivers,

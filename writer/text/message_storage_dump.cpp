@@ -3,6 +3,7 @@
 #include "writer/text/oxa_zunic_enquirer_interface_text_file.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <string_view>
 
@@ -52,7 +53,7 @@ std::size_t sizeWithinLimit(std::string_view text, std::size_t& lineLength)
 /// Copies up to the first character that makes a line too long, and puts a line end behind all.
 void copyLines(std::istream& from, std::ostream& to)
 {
-    std::vector<char> block(65'536);
+    std::array<char, 16'384> block;
     std::size_t lineLength = 0;
     bool isWithinLimit = true;
     while (from.good() && isWithinLimit) {
@@ -87,7 +88,7 @@ OxaZunicEnquirerInterfaceTextFile::SlotTotals
 OxaZunicEnquirerInterfaceTextFile::writeSlotAccounts(std::ostream& file, const MessageSlots& slots,
                                                      const InterfaceMap& interfaces)
 {
-    const ReceiverTexts receivers = receiverTexts(interfaces);
+    const std::vector<bool> isRegistered = registeredReceivers(interfaces);
     LineWriter scratch(file);
     SlotTotals totals;
     totals.free = slots.size() - slots.readable();
@@ -107,12 +108,12 @@ OxaZunicEnquirerInterfaceTextFile::writeSlotAccounts(std::ostream& file, const M
         case eSlotStateWritten:
             ++totals.written;
             scratch << "Message slot number " << i << " is marked as currently WRITTEN\n";
-            writeMessageAccount(scratch, slots, i, head.senderId, receivers);
+            writeMessageAccount(scratch, slots, i, head.senderId, isRegistered);
             break;
         case eSlotStateMessage:
             if (isSender(head.senderId)) {
                 scratch << "Message slot number " << i << "\n";
-                writeMessageAccount(scratch, slots, i, head.senderId, receivers);
+                writeMessageAccount(scratch, slots, i, head.senderId, isRegistered);
             } else {
                 ++totals.free;
             }

@@ -63,9 +63,6 @@ public:
     bool zunicIsReceiverInterfaceRegistered(std::uint16_t interfaceId, const InterfaceMap& interfaces);
 
 private:
-    /// How each interface is listed as a receiver, by id: made once and not for every message.
-    using ReceiverTexts = std::vector<std::string>;
-
     struct SlotTotals
     {
         std::uint32_t free = 0;
@@ -78,8 +75,9 @@ private:
 
     SlotTotals writeSlotAccounts(std::ostream& file, const MessageSlots& slots, const InterfaceMap& interfaces);
     void writeMessageAccount(LineWriter& scratch, const MessageSlots& slots, std::uint32_t index,
-                             std::uint16_t senderId, const ReceiverTexts& texts);
-    ReceiverTexts receiverTexts(const InterfaceMap& interfaces);
+                             std::uint16_t senderId, const std::vector<bool>& isRegistered);
+    /// Of every interface id, whether it is registered: looked up once and not for every message.
+    std::vector<bool> registeredReceivers(const InterfaceMap& interfaces);
     void buildMessagesFile(std::uint32_t storageSize, const SlotTotals& totals);
 
     bool mHistory = false;
