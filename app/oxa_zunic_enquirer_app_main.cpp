@@ -51,30 +51,33 @@ OxaResult readSettings(const OptionTable& options, RunSettings& settings)
     return result;
 }
 
+/// True, with `value` set, when the option is given and its word recognised; another word is warned of and ignored.
+template <typename Value>
+bool readFilter(const OxaCommandLineOptionString& option, const char* what, bool recognise(const char*, Value&),
+                Value& value)
+{
+    if (!option.isSet()) {
+        return false;
+    }
+    const std::string word = valueOf(option);
+    const bool isRecognised = recognise(word.c_str(), value);
+    if (!isRecognised) {
+        std::cerr << "Warning: ignoring unrecognised " << what << " \"" << word << "\"" << std::endl;
+    }
+    return isRecognised;
+}
+
 OxaResult query(Oxa::OxaZunicEnquirer& enquirer, const OptionTable& options)
 {
-    const std::string interfaceName = options.interfaceName.isSet() ? valueOf(options.interfaceName) : "";
-    const std::string roleName = options.roleName.isSet() ? valueOf(options.roleName) : "";
+    const std::string interfaceName = valueOf(options.interfaceName);
+    const std::string roleName = valueOf(options.roleName);
     const std::string domainName = options.domainName.isSet() ? valueOf(options.domainName) : "local";
 
-    bool useType = false;
     Oxa::InterfaceInstanceType type = Oxa::eInterfaceInstanceTypeUndefined;
-    if (options.interfaceType.isSet()) {
-        const std::string word = valueOf(options.interfaceType);
-        useType = getInterfaceType(word.c_str(), type);
-        if (!useType) {
-            std::cerr << "Warning: ignoring unrecognised interface type \"" << word << "\"" << std::endl;
-        }
-    }
-    bool useState = false;
+    const bool useType = readFilter(options.interfaceType, "interface type", getInterfaceType, type);
     OxaZunic::OxaZunicRegistrationState state = OxaZunic::eOxaZunicRegistrationStateInvalid;
-    if (options.registrationState.isSet()) {
-        const std::string word = valueOf(options.registrationState);
-        useState = getRegistrationState(word.c_str(), state);
-        if (!useState) {
-            std::cerr << "Warning: ignoring unrecognised registration state \"" << word << "\"" << std::endl;
-        }
-    }
+    const bool useState = readFilter(options.registrationState, "registration state", getRegistrationState, state);
+
     return enquirer.matchInterface(interfaceName, roleName, domainName, useType, type, useState, state);
 }
 

@@ -19,9 +19,9 @@ bool isMessage(const MessageEntry& entry)
 std::vector<std::uint16_t> idsOf(const InterfaceSet& set)
 {
     std::vector<std::uint16_t> ids;
-    for (std::uint16_t id = 0; id < set.size(); ++id) {
+    for (std::size_t id = 0; id < set.size(); ++id) {
         if (set.test(id)) {
-            ids.push_back(id);
+            ids.push_back(static_cast<std::uint16_t>(id));
         }
     }
     return ids;

@@ -29,7 +29,7 @@ std::string readChannelName(const JsonPlace& root)
     if (!place) {
         return "OXABus";
     }
-    const std::string name = place->text({}, cLongestChannelName);
+    std::string name = place->text({}, cLongestChannelName);
     if (name.empty() || name.find('/') != std::string::npos) {
         place->failExpecting("a name without slash that is not empty");
     }

@@ -151,6 +151,7 @@ template <typename Value>
 Value readAt(const void* base, std::size_t offset)
 {
     Value value;
+    // NOLINTNEXTLINE(bugprone-sizeof-expression): an address can be read as well.
     std::memcpy(&value, static_cast<const std::byte*>(base) + offset, sizeof value);
     return value;
 }
