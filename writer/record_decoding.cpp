@@ -41,7 +41,9 @@ std::string OxaZunicEnquirerWriterInterface::versionNumberToString(Version versi
            std::to_string(version.mRevision);
 }
 
-// NOLINTNEXTLINE(performance-unnecessary-value-param): by value in the writers' interface.
+// By value in the writers' interface.
+// NOLINTBEGIN(performance-unnecessary-value-param)
+
 std::string OxaZunicEnquirerWriterInterface::decodeInterface(OxaZunicInterfaceInformation info, std::string fieldName)
 {
     if (fieldName == "InterfaceId") {
@@ -75,7 +77,6 @@ std::string OxaZunicEnquirerWriterInterface::decodeInterface(OxaZunicInterfaceIn
     return "";
 }
 
-// NOLINTNEXTLINE(performance-unnecessary-value-param): by value in the writers' interface.
 std::string OxaZunicEnquirerWriterInterface::decodeCommunicator(OxaZunicCommunicatorInformation info,
                                                                 std::string fieldName)
 {
@@ -90,6 +91,8 @@ std::string OxaZunicEnquirerWriterInterface::decodeCommunicator(OxaZunicCommunic
     }
     return "";
 }
+
+// NOLINTEND(performance-unnecessary-value-param)
 
 int OxaZunicEnquirerWriterInterface::decodeFunctionStorage(const OxaZunicInterfaceInformation& info,
                                                            oxa_zunic_memory_dispatcher_struct* dispatcher,
