@@ -4,6 +4,7 @@
 #include "app/query_filters.h"
 #include "enquirer/oxa_zunic_enquirer.h"
 
+#include <csignal>
 #include <dlt/dlt.h>
 #include <iostream>
 #include <list>
@@ -17,16 +18,26 @@ struct RunSettings
     std::string outputDirectory = "./enquirer_output";
 };
 
+/// The library's threads start without taking signals, and for good: else the kernel could hand one of them the Ctrl-C
+/// that the thread which holds the registry mutex puts off.
 void registerWithDlt()
 {
+    sigset_t all;
+    sigset_t previous;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &previous);
     dlt_check_library_version("2", "17");
     dlt_register_app("OZEN", "Zunic Enquirer");
+    pthread_sigmask(SIG_SETMASK, &previous, nullptr);
     // Without this the library's exit handler waits for ten seconds when no daemon is there to take its messages.
     dlt_set_resend_timeout_atexit(0);
 }
 
-std::string valueOf(const OxaCommandLineOptionString& option)
+std::string valueOf(const OxaCommandLineOptionString& option, const char* absent = "")
 {
+    if (!option.isSet()) {
+        return absent;
+    }
     const char* value = nullptr;
     option.getArgumentValue(value);
     return value != nullptr ? value : "";
@@ -44,7 +55,7 @@ OxaResult readSettings(const OptionTable& options, RunSettings& settings)
     if (options.channelName != nullptr && options.channelName->hasValues()) {
         std::list<std::string> values;
         result = options.channelName->getValues(values);
-        if (result == OxaResult::cOk) {
+        if (result == OxaResult::cOk && !values.empty()) {
             settings.channelName = values.front();
         }
     }
@@ -71,7 +82,7 @@ OxaResult query(Oxa::OxaZunicEnquirer& enquirer, const OptionTable& options)
 {
     const std::string interfaceName = valueOf(options.interfaceName);
     const std::string roleName = valueOf(options.roleName);
-    const std::string domainName = options.domainName.isSet() ? valueOf(options.domainName) : "local";
+    const std::string domainName = valueOf(options.domainName, "local");
 
     Oxa::InterfaceInstanceType type = Oxa::eInterfaceInstanceTypeUndefined;
     const bool useType = readFilter(options.interfaceType, "interface type", getInterfaceType, type);

@@ -31,7 +31,7 @@ struct oxa_zunic_message
 {
     std::uint16_t state_and_sender; ///< bits 0 to 3: state, bits 4 to 15: sender id
     std::uint16_t writer_counter;
-    std::uint32_t data_index; ///< bits 0 to 22: the slot of the first, or next, data entry
+    std::uint32_t data_index; ///< see cDataIndexMask: the slot of the first, or next, data entry
     oxa_zunic_receiver_bitfield_struct receivers;
     unsigned char unread1[256];
     std::uint32_t user_data_size;
@@ -92,8 +92,12 @@ struct RegistryTables
 };
 
 static_assert(sizeof(InterfaceEntry) == 952);
+static_assert(offsetof(InterfaceEntry, roleName) == 256);
+static_assert(offsetof(InterfaceEntry, domainName) == 512);
 static_assert(offsetof(InterfaceEntry, type) == 768);
+static_assert(offsetof(InterfaceEntry, version) == 772);
 static_assert(offsetof(InterfaceEntry, communicatorId) == 780);
+static_assert(offsetof(InterfaceEntry, interfaceId) == 782);
 static_assert(offsetof(InterfaceEntry, state) == 784);
 static_assert(offsetof(InterfaceEntry, receivers) == 800);
 static_assert(offsetof(InterfaceEntry, functionStorageManagerIndex) == 928);
@@ -141,6 +145,9 @@ enum SlotState : std::uint8_t
     eSlotStateMessage = 3,
     eSlotStateData = 4
 };
+
+/// The part of a slot's data_index that is an index.
+constexpr std::uint32_t cDataIndexMask = 0x7FFFFF;
 
 /// Values of a data index that name no slot.
 constexpr std::uint32_t cNoDataEntry = 0x7FFFFF;

@@ -128,6 +128,9 @@ OxaResult OxaZunicEnquirer::matchInterface(const std::string& interfaceName, con
     }
     const InterfaceFilter filter{interfaceName, roleName, domainName, useType ? std::optional(type) : std::nullopt,
                                  useState ? std::optional(state) : std::nullopt};
+    if (!mInterfaces.empty()) {
+        decodeCopy(); // Whatever id an earlier reading had keeps the record that it had there.
+    }
     const bool isFound = std::any_of(mInterfaces.begin(), mInterfaces.end(),
                                      [&](const auto& entry) { return filter.fits(entry.second); }) ||
                          (mCopy != nullptr && isAnyInterface(mCopy->tables, filter));

@@ -12,6 +12,9 @@ OxaZunicEnquirerWriterInterface::~OxaZunicEnquirerWriterInterface() = default;
 
 OxaResult OxaZunicEnquirerWriterInterface::createOutputFile()
 {
+    if (mOutputFile.is_open()) {
+        mOutputFile.close();
+    }
     mOutputFile.open(mOutputFilePath, std::ios::out | std::ios::trunc);
     if (!mOutputFile.good()) {
         std::printf("Error opening the output file!\n");

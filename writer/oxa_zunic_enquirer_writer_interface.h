@@ -38,7 +38,7 @@ public:
     std::string decodeCommunicator(OxaZunic::OxaZunicCommunicatorInformation info, std::string fieldName);
 
     /// Appends a line "<tab><position> | <name>" to `functions` for each function of the interface.
-    /// Returns the result of oxa_zunic_function_storage_map: 0, or why nothing was appended.
+    /// Returns the result of oxa_zunic_function_storage_map. Nothing is appended unless it is 0 and the storage valid.
     int decodeFunctionStorage(const OxaZunic::OxaZunicInterfaceInformation& info,
                               oxa_zunic_memory_dispatcher_struct* dispatcher, std::list<std::string>& functions);
 

@@ -5,14 +5,15 @@
 #include <ctime>
 #include <initializer_list>
 #include <linux/futex.h>
+#include <optional>
 
 namespace {
 
 constexpr uint64_t cMarker = 0x5855544d41584f5aU;
 constexpr time_t cLockTimeoutSeconds = 2;
 
-/// The mask to restore when this thread gives its mutex back.
-thread_local sigset_t savedSignalMask;
+/// The mask to restore when this thread gives back the mutex that it holds.
+thread_local std::optional<sigset_t> savedSignalMask;
 
 /// Everything but the signals that report a fault of the thread itself: those cannot wait.
 sigset_t signalsToBlock()
@@ -61,6 +62,16 @@ int lockWithinTimeout(pthread_mutex_t& mutex)
     return result == EOWNERDEAD ? pthread_mutex_consistent(&mutex) : result;
 }
 
+/// False for memory that is damaged, or was never made a mutex: one of another kind would exclude no other process, and
+/// some kinds make the C library end this one.
+bool isWholeMutex(const oxa_mutex& mutex)
+{
+    // PTHREAD_MUTEX_ERRORCHECK, and what the C library notes for robust, priority-inheriting and process-shared.
+    constexpr int cKind = PTHREAD_MUTEX_ERRORCHECK | 16 | 32 | 128;
+    return __atomic_load_n(&mutex.marker, __ATOMIC_ACQUIRE) == cMarker &&
+           __atomic_load_n(&mutex.mutex.__data.__kind, __ATOMIC_RELAXED) == cKind;
+}
+
 int setAttributes(pthread_mutexattr_t& attributes)
 {
     if (const int result = pthread_mutexattr_setpshared(&attributes, PTHREAD_PROCESS_SHARED)) {
@@ -100,8 +111,7 @@ int oxa_mutex_initialize(oxa_mutex* mutex)
 
 int oxa_mutex_lock(oxa_mutex* mutex)
 {
-    // Zeroed memory would pass for a mutex that excludes no other process.
-    if (!mutex || __atomic_load_n(&mutex->marker, __ATOMIC_ACQUIRE) != cMarker) {
+    if (!mutex || !isWholeMutex(*mutex)) {
         return EINVAL;
     }
     const sigset_t blocked = signalsToBlock();
@@ -123,8 +133,12 @@ int oxa_mutex_unlock(oxa_mutex* mutex)
     if (!mutex) {
         return EINVAL;
     }
-    if (const int result = pthread_mutex_unlock(&mutex->mutex)) {
-        return result;
+    int result = pthread_mutex_unlock(&mutex->mutex);
+    // Also when the mutex was damaged meanwhile: whoever cannot give it back must not be deaf to Ctrl-C for good.
+    if (savedSignalMask) {
+        const int restored = pthread_sigmask(SIG_SETMASK, &*savedSignalMask, nullptr);
+        savedSignalMask.reset();
+        result = result != 0 ? result : restored;
     }
-    return pthread_sigmask(SIG_SETMASK, &savedSignalMask, nullptr);
+    return result;
 }

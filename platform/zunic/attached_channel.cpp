@@ -1,7 +1,7 @@
 #include "attached_channel.h"
 
+#include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <unistd.h>
@@ -112,11 +112,10 @@ const std::byte* AttachedChannel::findBlock(oxa_zunic_range_location location, s
     return mBytes + pool.offset + location.range_index * pool.blockSize;
 }
 
-const std::byte* AttachedChannel::keepCopy(const ZunicFormat::FunctionStorageHeader& header, const std::byte* body,
-                                           std::size_t size)
+const std::byte* AttachedChannel::keepCopy(oxa_zunic_range_location location, std::vector<std::byte> copy)
 {
-    auto copy = std::make_unique_for_overwrite<std::byte[]>(sizeof(header) + size);
-    std::memcpy(copy.get(), &header, sizeof(header));
-    std::memcpy(copy.get() + sizeof(header), body, size);
-    return mCopies.emplace_back(std::move(copy)).get();
+    const std::pair key(location.memory_manager_index, location.range_index);
+    const auto [begin, end] = mCopies.equal_range(key);
+    const auto same = std::find_if(begin, end, [&](const auto& kept) { return kept.second == copy; });
+    return (same != end ? same : mCopies.emplace(key, std::move(copy)))->second.data();
 }

@@ -8,7 +8,8 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
+#include <map>
+#include <utility>
 #include <vector>
 
 /// A channel's object mapped into this process, and the private copies made from it.
@@ -33,9 +34,9 @@ public:
     /// The block at `location`, `size` bytes: null when there is no such block or it is not in use.
     const std::byte* findBlock(oxa_zunic_range_location location, std::uint64_t& size) const;
 
-    /// `header` and, behind it, a copy of the channel's `size` bytes from `body`, which live as long as this object.
-    const std::byte* keepCopy(const ZunicFormat::FunctionStorageHeader& header, const std::byte* body,
-                              std::size_t size);
+    /// Keeps the copy of a block as long as this object lives, and returns where its bytes are. Of copies that are all
+    /// the same one is kept: a damaged registry may name one block a thousand times.
+    const std::byte* keepCopy(oxa_zunic_range_location location, std::vector<std::byte> copy);
 
 private:
     int map(int descriptor);
@@ -44,7 +45,7 @@ private:
     ZunicChannelObject::Geometry mGeometry{};
     std::byte* mBytes = nullptr;
     std::size_t mSize = 0;
-    std::vector<std::unique_ptr<std::byte[]>> mCopies;
+    std::multimap<std::pair<std::uint16_t, std::uint16_t>, std::vector<std::byte>> mCopies; ///< by location
 };
 
 struct oxa_zunic_memory_dispatcher_struct

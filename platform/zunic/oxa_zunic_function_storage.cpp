@@ -4,6 +4,8 @@
 #include <cerrno>
 #include <cstring>
 #include <new>
+#include <utility>
+#include <vector>
 
 using ZunicFormat::FunctionRecord;
 using ZunicFormat::FunctionStorageHeader;
@@ -44,7 +46,8 @@ bool areNamesInside(const FunctionStorageHeader& header, const std::byte* record
 }
 
 /// All zero, which is no valid storage, when the block does not hold a function storage.
-MappedFunctionStorage mapBlock(AttachedChannel& channel, const std::byte* block, std::uint64_t blockSize)
+MappedFunctionStorage mapBlock(AttachedChannel& channel, oxa_zunic_range_location location, const std::byte* block,
+                               std::uint64_t blockSize)
 {
     FunctionStorageHeader header{};
     if (blockSize < sizeof(header)) {
@@ -57,13 +60,16 @@ MappedFunctionStorage mapBlock(AttachedChannel& channel, const std::byte* block,
         return {};
     }
 
-    // The count comes from the header that was checked: the one in the block may have changed since.
-    const std::byte* const copy = channel.keepCopy(header, block + sizeof(header), recordsSize + header.namesSize);
-    const std::byte* const records = copy + sizeof(header);
-    if (!areNamesInside(header, records)) {
+    // With the header that was checked: the one in the block may have changed since.
+    std::vector<std::byte> copy(sizeof(header) + recordsSize + header.namesSize);
+    std::memcpy(copy.data(), &header, sizeof(header));
+    std::memcpy(copy.data() + sizeof(header), block + sizeof(header), copy.size() - sizeof(header));
+    if (!areNamesInside(header, copy.data() + sizeof(header))) {
         return {};
     }
-    return {cValid, {}, copy + offsetof(FunctionStorageHeader, functionCount), 0, records, records + recordsSize};
+    const std::byte* const kept = channel.keepCopy(location, std::move(copy));
+    const std::byte* const records = kept + sizeof(header);
+    return {cValid, {}, kept + offsetof(FunctionStorageHeader, functionCount), 0, records, records + recordsSize};
 }
 
 } // namespace
@@ -81,7 +87,7 @@ int oxa_zunic_function_storage_map(oxa_zunic_memory_dispatcher_struct* dispatche
         return ENOENT;
     }
     try {
-        const MappedFunctionStorage mapped = mapBlock(*dispatcher->channel, block, blockSize);
+        const MappedFunctionStorage mapped = mapBlock(*dispatcher->channel, location, block, blockSize);
         std::memcpy(storage, &mapped, sizeof(mapped));
         return 0;
     } catch (const std::bad_alloc&) {

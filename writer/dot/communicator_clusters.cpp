@@ -4,7 +4,7 @@ namespace Oxa {
 
 namespace {
 
-/// Keeps the numbers of the clusters inside a process apart from those of the first hundred processes.
+/// Keeps the numbers of the clusters inside a process apart from those of the first hundred communicators.
 constexpr std::uint32_t cInnerClusterOffset = 100;
 
 } // namespace

@@ -13,7 +13,7 @@ namespace Oxa {
 
 class LineWriter;
 
-/// What the report says about the links of each interface. Whatever many links have in common is put together once.
+/// What the report says about the links of each interface. Role names are put together once, and not for every link.
 class Connections
 {
 public:

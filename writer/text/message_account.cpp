@@ -20,7 +20,7 @@ bool isEmpty(const oxa_zunic_receiver_bitfield_struct& receivers)
 }
 
 /// Follows the chain that starts at slot `first`. A chain that leads back into itself ends after as many steps as
-/// there are slots.
+/// there are slots to be read.
 void writeInternalDataEntries(LineWriter& scratch, const MessageSlots& slots, std::uint32_t first)
 {
     scratch << "This message has the following internal data entries:\n";

@@ -31,7 +31,7 @@ std::uint16_t MessageSlots::writerCounter(std::uint32_t index) const
 
 std::uint32_t MessageSlots::dataIndex(std::uint32_t index) const
 {
-    return loadShared(mSlots[index].data_index) & 0x7FFFFF;
+    return loadShared(mSlots[index].data_index) & ChannelLayout::cDataIndexMask;
 }
 
 oxa_zunic_receiver_bitfield_struct MessageSlots::receivers(std::uint32_t index) const

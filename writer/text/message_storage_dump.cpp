@@ -16,7 +16,7 @@ namespace {
 constexpr std::uint16_t cFirstSenderId = 1;
 constexpr std::uint16_t cLastSenderId = 1023;
 
-/// The longest line that the copy of the scratch file carries on from.
+/// Readers of the dump know its lines to be no longer: the first one that is longer is cut, and ends the dump.
 constexpr std::size_t cLongestLine = 199;
 
 bool isSender(std::uint16_t id)

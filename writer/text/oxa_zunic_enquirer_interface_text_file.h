@@ -46,6 +46,7 @@ public:
     /// cFailed when there are no interfaces.
     OxaResult writeInterfacesFile(const InterfaceMap& interfaces, std::ofstream* out, LinkMap& links);
     void showAvailableFunctions(const OxaZunic::OxaZunicInterfaceInformation& info, std::ofstream* out);
+    /// Of one interface. The list of all of them writes the same, and goes through the links only once.
     void showConnectedInterfaces(const InterfaceMap& interfaces, std::uint32_t interfaceId, std::ofstream* out,
                                  LinkMap& links);
 

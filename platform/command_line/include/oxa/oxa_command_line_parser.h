@@ -72,7 +72,7 @@ public:
     virtual OxaResult getValues(std::list<std::string>& values) const = 0;
 };
 
-/// Reads a command line as getopt_long users write it.
+/// Reads a command line as getopt_long users write it, except that long names are not to be shortened.
 class OxaCommandLineParser
 {
 public:
