@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstring>
 #include <gmock/gmock.h>
+#include <numeric>
 #include <unistd.h>
 
 using namespace TestSupport;
@@ -32,13 +33,10 @@ TEST(FaultOfTheReader, NoRunChangesTheChannel)
     const HostedChannel channel = HostedChannel::attach(bus.channelName());
     const TemporaryDirectory directory;
     const std::string before = bytesWithoutMutex(channel);
-    const int runs = rounds(20, 1000);
-    for (int i = 0; i < runs; ++i) {
-        const bool isQuery = i % 4 == 0;
-        const std::vector<std::string> arguments =
-            isQuery ? std::vector<std::string>{"-i", "Clock", bus.channelName()}
-                    : std::vector<std::string>{"-d", "-o", directory / "output", bus.channelName()};
-        ASSERT_EQ(runEnquirer(arguments).status, 0);
+    const int runs = rounds(10, 1000);
+    for (int i = 0; i < runs / 2; ++i) {
+        ASSERT_EQ(runEnquirer({"-i", "Clock", bus.channelName()}).status, 0);
+        ASSERT_EQ(runEnquirer({"-d", "-o", directory / "output", bus.channelName()}).status, 0);
     }
     EXPECT_TRUE(bytesWithoutMutex(channel) == before);
     figures() << runs << " runs left " << before.size() << " bytes as they were\n";
@@ -77,33 +75,28 @@ TEST(FaultOfPermission, ChannelIsForItsOwnerAndItsGroup)
         GTEST_SKIP() << "only root can give a channel to somebody else";
     }
     constexpr uid_t cSomebody = 65534;
-    struct Case
+    const struct
     {
         std::optional<gid_t> group;
         uid_t owner;
-        int status;
-    };
-    const auto refused = static_cast<int>(OxaResult::cObjectInvalid.code());
-    for (const Case& tried : {Case{{}, 0, 0}, Case{{}, cSomebody, refused}, Case{getegid(), cSomebody, 0},
-                              Case{cSomebody, cSomebody, refused}}) {
-        HostedChannel channel = HostedChannel::create({.name = uniqueChannelName(), .group = tried.group});
+        bool isLetIn;
+    } cases[] = {
+        {{}, geteuid(), true}, {{}, cSomebody, false}, {getegid(), cSomebody, true}, {cSomebody, cSomebody, false}};
+    for (const auto& [group, owner, isLetIn] : cases) {
+        HostedChannel channel = HostedChannel::create({.name = uniqueChannelName(), .group = group});
         channel.lock().registerInterface({.interfaceName = "Clock", .roleName = "Provider"});
-        ASSERT_EQ(chown(("/dev/shm/zunic." + channel.name()).c_str(), tried.owner, static_cast<gid_t>(-1)), 0);
+        ASSERT_EQ(chown(("/dev/shm/zunic." + channel.name()).c_str(), owner, static_cast<gid_t>(-1)), 0);
         const ProgramResult result =
             runEnquirer({"-i", "Clock", channel.name()}, {.launcher = {"/usr/bin/setpriv", "--bounding-set", "-all"}});
-        EXPECT_EQ(result.status, tried.status);
-        const std::string complaint =
-            "Failed to initialise (using shared memory channel name \"" + channel.name() + "\")\n";
-        EXPECT_EQ(result.errors, tried.status == 0 ? "" : complaint);
+        EXPECT_EQ(result.status, isLetIn ? 0 : static_cast<int>(OxaResult::cObjectInvalid.code()));
+        EXPECT_EQ(result.errors.empty(), isLetIn) << result.errors;
     }
 }
 
-std::string bytesFrom(int first, int last)
+std::string everyByteButNul()
 {
-    std::string bytes;
-    for (int byte = first; byte != last; byte += first < last ? 1 : -1) {
-        bytes += static_cast<char>(byte);
-    }
+    std::string bytes(255, '\0');
+    std::iota(bytes.begin(), bytes.end(), '\1');
     return bytes;
 }
 
@@ -118,11 +111,6 @@ void putName(const HostedChannel& channel, const std::string& name)
     }
 }
 
-std::string reportOfNames(const std::string& name)
-{
-    return "InterfaceName:   " + name + "\nRoleName:   " + name + "\nDomainName:   " + name + "\nType:   Skeleton\n";
-}
-
 TEST(FaultOfNames, AreReportedByteForByte)
 {
     HostedChannel channel = HostedChannel::create({.name = uniqueChannelName()});
@@ -132,12 +120,14 @@ TEST(FaultOfNames, AreReportedByteForByte)
     }
     const TemporaryDirectory directory;
     const std::string output = directory / "output";
-    for (const std::string& name : {bytesFrom(1, 256), bytesFrom(255, 0), std::string(255, 'n'),
-                                    std::string(256, '\xFF'), std::string("\"]; } \\\" -> \n")}) {
+    for (const std::string& name :
+         {everyByteButNul(), std::string(255, 'n'), std::string(256, '\xFF'), std::string("\"]; } \\\" -> \n")}) {
         SCOPED_TRACE(testing::PrintToString(name));
         putName(channel, name);
         EXPECT_EQ(runEnquirer({"-d", "-o", output, channel.name()}).status, 0);
-        EXPECT_THAT(readFile(output + "/interfaces_communicators_info.txt"), HasSubstr(reportOfNames(name)));
+        EXPECT_THAT(
+            readFile(output + "/interfaces_communicators_info.txt"),
+            HasSubstr("InterfaceName:   " + name + "\nRoleName:   " + name + "\nDomainName:   " + name + "\nType:   "));
         const std::string graph = readFile(output + "/interfaces_communicators_info.dot");
         EXPECT_THAT(graph, HasSubstr(name));
         EXPECT_THAT(graph, testing::EndsWith("\n}\n"));

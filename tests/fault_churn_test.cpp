@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstring>
 #include <gmock/gmock.h>
 #include <random>
 #include <sys/resource.h>
@@ -51,92 +52,66 @@ class Vandal
 {
 public:
     explicit Vandal(const ZunicHosting::HostedChannel& channel)
-        : mBytes(channel.bytes()),
-          mRegistry(*reinterpret_cast<Registry*>(channel.registry())),
-          mSlots(reinterpret_cast<ZunicFormat::MessageSlot*>(channel.messages()), channel.messageSlots())
-    {}
+        : mRegistry(*reinterpret_cast<Registry*>(channel.registry())), mMessageSlots(channel.messageSlots())
+    {
+        const auto& superblock = *reinterpret_cast<const ZunicFormat::Superblock*>(channel.bytes().data());
+        const auto managers = channel.bytes().subspan(superblock.memoryManagers.offset);
+        mManager = &reinterpret_cast<ZunicFormat::MemoryManagerEntry*>(managers.data())->record;
+        mTargets = {std::as_writable_bytes(std::span(mRegistry.interfaces).first(cEntries)),
+                    std::as_writable_bytes(std::span(mRegistry.communicators).first(cEntries)),
+                    std::span(channel.messages(), mMessageSlots * sizeof(ZunicFormat::MessageSlot)),
+                    std::as_writable_bytes(std::span(mManager->block_map)),
+                    channel.bytes().subspan(superblock.pools.offset, superblock.pools.size)};
+    }
 
     [[noreturn]] void rage()
     {
         for (;;) {
-            damageInterface(mRegistry.interfaces[below(cEntries)]);
-            damageMessage(mSlots[below(mSlots.size())]);
-            auto& communicator = mRegistry.communicators[below(cEntries)];
-            communicator = {any<std::uint32_t>(), below<std::uint16_t>(4200), 0, below<std::uint32_t>(5), {}};
-            auto& storage = mRegistry.messageStorage;
-            storage.lastWrittenIndex = any<std::uint32_t>();
-            storage.storageSize = below(16U) == 0 ? any<std::uint32_t>() : static_cast<std::uint32_t>(mSlots.size());
-            damageMemory();
+            for (const std::span<std::byte> target : mTargets) {
+                damage(target);
+            }
+            auto& entry = mRegistry.interfaces[random() % cEntries];
+            entry.state = random() % 5; // so that many are in use, and of both types
+            entry.type = random() % 4;
+            mRegistry.messageStorage.lastWrittenIndex = random();
+            mRegistry.messageStorage.storageSize = nowAndThenElse(mMessageSlots);
+            mManager->manager.total_blocks = random();
+            mManager->manager.maximum_blocks = nowAndThenElse(cBlocks);
         }
     }
+
+    static constexpr std::uint32_t cBlocks = 32;
 
 private:
     /// Few of them, so that reports are short and runs many.
     static constexpr std::size_t cEntries = 48;
-    static constexpr std::uint32_t cBlocks = 32;
 
-    template <typename Number>
-    Number any()
+    std::uint32_t random() { return static_cast<std::uint32_t>(mRandom()); }
+
+    /// A channel whose geometry is wrong is not even looked at.
+    std::uint32_t nowAndThenElse(std::uint32_t geometry) { return random() % 16 == 0 ? random() : geometry; }
+
+    /// Half of the numbers are small ones, as states and types are.
+    void damage(std::span<std::byte> target)
     {
-        return static_cast<Number>(mRandom());
+        const std::uint32_t number = random() % (random() % 2 == 0 ? 5 : 0xFFFFFFFF);
+        const std::size_t size = std::size_t{1} << random() % 3;
+        std::memcpy(&target[random() % (target.size() / size) * size], &number, size);
     }
 
-    template <typename Number>
-    Number below(Number limit)
-    {
-        return static_cast<Number>(mRandom() % limit);
-    }
-
-    void scrawl(char* text, std::size_t size)
-    {
-        const std::size_t begin = below(size);
-        std::fill_n(text + begin, below(size - begin), any<char>());
-    }
-
-    void damageInterface(ZunicFormat::InterfaceEntry& entry)
-    {
-        scrawl(entry.interfaceName, sizeof entry.interfaceName);
-        scrawl(entry.roleName, sizeof entry.roleName);
-        scrawl(entry.domainName, sizeof entry.domainName);
-        entry.type = below(4U);
-        entry.interfaceId = below(4U) == 0 ? any<std::uint16_t>() : below<std::uint16_t>(2 * cEntries);
-        entry.communicatorId = below<std::uint16_t>(5000);
-        entry.receivers[below(ZunicFormat::cReceiverWords)] = mRandom() & mRandom();
-        entry.functions = {below<std::uint16_t>(3), below<std::uint16_t>(40)};
-        entry.state = below(5U);
-    }
-
-    void damageMessage(ZunicFormat::MessageSlot& slot)
-    {
-        slot.dataIndex = below(2U) == 0 ? any<std::uint32_t>() : below(static_cast<std::uint32_t>(mSlots.size()));
-        slot.receivers[below(ZunicFormat::cReceiverWords)] = mRandom() & mRandom();
-        slot.stateAndSender = static_cast<std::uint16_t>(below(6U) | any<unsigned>() << 4);
-    }
-
-    void damageMemory()
-    {
-        const auto& superblock = *reinterpret_cast<const ZunicFormat::Superblock*>(mBytes.data());
-        const auto pools = mBytes.subspan(superblock.pools.offset);
-        pools[below(pools.size())] = any<std::byte>();
-        auto& record =
-            reinterpret_cast<ZunicFormat::MemoryManagerEntry*>(&mBytes[superblock.memoryManagers.offset])->record;
-        record.block_map[below(std::size(record.block_map))] = mRandom();
-        record.manager.total_blocks = any<std::uint32_t>();
-        record.manager.maximum_blocks = below(16U) == 0 ? any<std::uint32_t>() : cBlocks;
-    }
-
-    std::mt19937_64 mRandom;
-    std::span<std::byte> mBytes;
+    std::mt19937 mRandom;
     Registry& mRegistry;
-    std::span<ZunicFormat::MessageSlot> mSlots;
+    std::uint32_t mMessageSlots;
+    oxa_memory_manager_record* mManager;
+    std::vector<std::span<std::byte>> mTargets;
 };
 
 TEST(FaultOfAVandal, EveryRunEnds)
 {
-    const auto channel =
-        ZunicHosting::HostedChannel::create({.name = uniqueChannelName(),
-                                             .messageSlots = 64,
-                                             .memoryManagers = {{.maximumBlocks = 32}, {.blockSize = 64}}});
+    const auto channel = ZunicHosting::HostedChannel::create(
+        {.name = uniqueChannelName(),
+         .messageSlots = 64,
+         .memoryManagers = {{.maximumBlocks = Vandal::cBlocks}, {.blockSize = 64}}});
     const ForkedChild vandal([&] {
         Vandal(channel).rage();
         return 0;

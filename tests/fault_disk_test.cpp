@@ -1,14 +1,13 @@
 #include "support/live_bus.h"
-#include "support/small_file_system.h"
 
 #include "oxa/oxa_result.h"
 #include "zunic_hosting/hosted_channel.h"
 
 #include <cerrno>
-#include <fcntl.h>
 #include <functional>
 #include <gmock/gmock.h>
-#include <sys/stat.h>
+#include <sched.h>
+#include <sys/mount.h>
 
 using namespace TestSupport;
 using testing::IsEmpty;
@@ -31,6 +30,9 @@ protected:
     std::string mOutput = mDirectory / "output";
     ZunicHosting::HostedChannel mChannel = ZunicHosting::HostedChannel::create({.name = uniqueChannelName()});
     std::map<std::string, std::string> mSound;
+    std::string mDumpLine = "path " + mOutput + "/" + cDump + "\n";
+    std::string mReportLine = "path " + mOutput + "/" + cReport + "\n";
+    std::string mAllLines = mDumpLine + mReportLine;
 
     void SetUp() override
     {
@@ -57,15 +59,6 @@ protected:
         EXPECT_EQ(runEnquirer({"-i", "Clock", mChannel.name()}).status, 0);
     }
 
-    std::string pathsOf(const std::vector<std::string>& names) const
-    {
-        std::string lines;
-        for (const std::string& name : names) {
-            lines += "path " + mOutput + "/" + name + "\n";
-        }
-        return lines;
-    }
-
     void expectIntact(const std::vector<std::string>& names) const
     {
         for (const std::string& name : names) {
@@ -73,9 +66,12 @@ protected:
         }
     }
 
-    /// Whatever is in the files, it is the beginning of what should be.
-    void expectBeginnings() const
+    /// A run that goes on as if all could be written. Whatever is in the files, it is the beginning of what should be.
+    void expectBeginnings(const std::vector<std::string>& launcher) const
     {
+        const ProgramResult result = runEnquirer({"-d", "-o", mOutput, mChannel.name()}, {.launcher = launcher});
+        EXPECT_EQ(result.status, 0);
+        EXPECT_EQ(result.output, mAllLines);
         for (const auto& [name, text] : mSound) {
             const std::string written = readFile(mOutput + "/" + name);
             EXPECT_LT(written.size(), text.size()) << name;
@@ -96,23 +92,21 @@ TEST_F(FaultOfTheDisk, SomethingElseInPlaceOfAFile)
         std::vector<std::string> intact;
     };
     const std::string noReport = "Error opening the output file!\n";
-    const std::string noDump =
-        "path " + mOutput + "/messages.txt\nError opening the output file\n" + pathsOf({cReport});
+    const std::string noDump = mDumpLine + "Error opening the output file\n" + mReportLine;
     const auto directory = [](const char* name) { return [name](auto& in) { fs::create_directory(in / name); }; };
     const auto link = [](const char* to, const char* name) {
         return [to, name](auto& in) { fs::create_symlink(to, in / name); };
     };
     const Case cases[] = {
         {"a directory: the dump", directory(cDump), noDump, 0, {cReport, cGraph}},
-        {"a directory: the scratch file", directory("temp.txt"), pathsOf({cReport}), 0, {cReport, cGraph}},
+        {"a directory: the scratch file", directory("temp.txt"), mReportLine, 0, {cReport, cGraph}},
         {"a directory: the report", directory(cReport), noReport, 0, {cGraph}},
-        {"a directory: the graph", directory(cGraph), pathsOf({cDump, cReport}) + noReport, cFailed, {cReport, cDump}},
+        {"a directory: the graph", directory(cGraph), mAllLines + noReport, cFailed, {cReport, cDump}},
         {"a dangling link: the dump", link("/nonexistent/file", cDump), noDump, 0, {cReport, cGraph}},
-        {"a dangling link: the scratch file", link("no/file", "temp.txt"), pathsOf({cReport}), 0, {cReport, cGraph}},
         {"a dangling link: the report", link("no/file", cReport), noReport, 0, {cGraph}},
-        {"a full device: the report", link("/dev/full", cReport), pathsOf({cDump, cReport}), 0, {cDump, cGraph}},
-        {"a full device: the dump", link("/dev/full", cDump), pathsOf({cDump, cReport}), 0, {cReport, cGraph}},
-        {"a full device: the scratch file", link("/dev/full", "temp.txt"), pathsOf({cDump, cReport}), 0, {cReport}},
+        {"a full device: the report", link("/dev/full", cReport), mAllLines, 0, {cDump, cGraph}},
+        {"a full device: the dump", link("/dev/full", cDump), mAllLines, 0, {cReport, cGraph}},
+        {"a full device: the scratch file", link("/dev/full", "temp.txt"), mAllLines, 0, {cReport}},
     };
     for (const Case& fault : cases) {
         SCOPED_TRACE(fault.description);
@@ -127,67 +121,58 @@ TEST_F(FaultOfTheDisk, SomethingElseInPlaceOfAFile)
     }
 }
 
-TEST_F(FaultOfTheDisk, SomethingElseInPlaceOfTheDirectory)
+/// Where the test runs as root, the enquirer does so without its privileges.
+TEST_F(FaultOfTheDisk, DirectoryThatCannotBeHad)
 {
     writeFile(mDirectory / "file", "kept");
     fs::create_symlink("no/such/directory", mDirectory / "link");
-    for (const std::string name : {"file", "link"}) {
-        const ProgramResult result = runEnquirer({"-o", mDirectory / name, mChannel.name()});
-        EXPECT_EQ(result.status, cFailed);
-        EXPECT_EQ(result.output, "Error opening the output file!\n");
-        EXPECT_EQ(result.errors, "");
-    }
-    const ProgramResult result = runEnquirer({"-o", mDirectory / "file/output", mChannel.name()});
-    EXPECT_EQ(result.status, ENOTDIR);
-    EXPECT_EQ(result.errors, "Error creating output directory (Not a directory)\n");
-    EXPECT_EQ(readFile(mDirectory / "file"), "kept");
-}
-
-/// Where the test runs as root, the enquirer does so without its privileges.
-TEST_F(FaultOfTheDisk, DirectoryThatMayNotBeWrittenTo)
-{
     fs::create_directory(mOutput);
     fs::permissions(mOutput, fs::perms::owner_read | fs::perms::owner_exec);
     ProgramOptions unprivileged;
     if (geteuid() == 0) {
         unprivileged.launcher = {"/usr/bin/setpriv", "--bounding-set", "-all"};
     }
-    ProgramResult result = runEnquirer({"-o", mOutput, mChannel.name()}, unprivileged);
-    EXPECT_EQ(result.status, cFailed);
-    EXPECT_EQ(result.output, "Error opening the output file!\n");
-    EXPECT_EQ(result.errors, "");
-
-    result = runEnquirer({"-o", mOutput + "/below", mChannel.name()}, unprivileged);
-    EXPECT_EQ(result.status, EACCES);
-    EXPECT_EQ(result.output, "");
-    EXPECT_EQ(result.errors, "Error creating output directory (Permission denied)\n");
+    const std::string noReport = "Error opening the output file!\n";
+    const struct
+    {
+        const char* directory;
+        int status;
+        std::string output;
+        std::string errors;
+    } cases[] = {
+        {"file", cFailed, noReport, ""},
+        {"link", cFailed, noReport, ""},
+        {"output", cFailed, noReport, ""},
+        {"file/below", ENOTDIR, "", "Error creating output directory (Not a directory)\n"},
+        {"output/below", EACCES, "", "Error creating output directory (Permission denied)\n"},
+    };
+    for (const auto& [directory, status, output, errors] : cases) {
+        const ProgramResult result = runEnquirer({"-o", mDirectory / directory, mChannel.name()}, unprivileged);
+        EXPECT_EQ(result.status, status) << directory;
+        EXPECT_EQ(result.output, output);
+        EXPECT_EQ(result.errors, errors);
+    }
+    EXPECT_EQ(readFile(mDirectory / "file"), "kept");
     EXPECT_TRUE(fs::is_empty(mOutput));
 }
 
 TEST_F(FaultOfTheDisk, FullFileSystem)
 {
     fs::create_directory(mOutput);
-    const SmallFileSystem small(mOutput);
-    if (!small.isMounted()) {
+    const char* const path = mOutput.c_str();
+    if (unshare(CLONE_NEWNS) != 0 || mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+        mount("none", path, "tmpfs", 0, "size=4k") != 0) {
         GTEST_SKIP() << "nothing may be mounted here";
     }
-    small.fill();
-    const ProgramResult result = runEnquirer({"-d", "-o", mOutput, mChannel.name()});
-    EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.output, pathsOf({cDump, cReport}));
-    EXPECT_EQ(result.errors, "");
-    expectBeginnings();
+    writeFile(mOutput + "/filling", std::string(4096, 'x'));
+    expectBeginnings({});
+    umount2(path, MNT_DETACH);
 }
 
 TEST_F(FaultOfTheDisk, LimitOnTheSizeOfFiles)
 {
     // The limit is in blocks of 512 bytes. Its signal is ignored, so that the writes fail instead.
-    const ProgramResult result =
-        runEnquirer({"-d", "-o", mOutput, mChannel.name()},
-                    {.launcher = {"/bin/sh", "-c", "trap '' XFSZ; ulimit -f 1; exec \"$@\"", "sh"}});
-    EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.output, pathsOf({cDump, cReport}));
-    expectBeginnings();
+    expectBeginnings({"/bin/sh", "-c", "trap '' XFSZ; ulimit -f 1; exec \"$@\"", "sh"});
 }
 
 } // namespace

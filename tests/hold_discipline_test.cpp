@@ -7,18 +7,17 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdlib>
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <linux/filter.h>
 #include <linux/seccomp.h>
-#include <new>
+#include <malloc.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
 
-// What the enquirer does between the lock and the unlock of the registry mutex, seen from these two and from the
-// allocator: nothing that could make the bus wait.
+// What the enquirer does between the lock and the unlock of the registry mutex, seen from these two: nothing that could
+// make the bus wait.
 
 namespace {
 
@@ -27,9 +26,6 @@ void ignore() {}
 /// What else happens at the two ends of the time in which the mutex is held.
 void (*afterLock)() = ignore;
 void (*beforeUnlock)() = ignore;
-
-bool isHeld = false;
-int allocationsWhileHeld = 0;
 
 int callPlatform(const char* function, oxa_mutex* mutex)
 {
@@ -42,35 +38,13 @@ extern "C" int oxa_mutex_lock(oxa_mutex* mutex)
 {
     const int result = callPlatform("oxa_mutex_lock", mutex);
     afterLock();
-    isHeld = true;
     return result;
 }
 
 extern "C" int oxa_mutex_unlock(oxa_mutex* mutex)
 {
-    isHeld = false;
     beforeUnlock();
     return callPlatform("oxa_mutex_unlock", mutex);
-}
-
-// Not inlined: the compiler would take malloc's memory that operator delete frees for a mistake.
-[[gnu::noinline]] void* operator new(std::size_t size)
-{
-    allocationsWhileHeld += isHeld ? 1 : 0;
-    if (void* const memory = std::malloc(size)) {
-        return memory;
-    }
-    throw std::bad_alloc();
-}
-
-[[gnu::noinline]] void operator delete(void* memory) noexcept
-{
-    std::free(memory);
-}
-
-[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept
-{
-    std::free(memory);
 }
 
 #ifndef __has_feature
@@ -119,6 +93,9 @@ protected:
 
     void SetUp() override
     {
+        if (cIsSanitized) {
+            GTEST_SKIP();
+        }
         ZunicHosting::LockedRegistry registry = mChannel.lock();
         for (std::uint16_t id = 0; id < ZunicHosting::cInterfaceCapacity; ++id) {
             registry.registerCommunicator(1, id);
@@ -126,62 +103,46 @@ protected:
             registry.connect(id, 0);
             registry.connect(id, 1023);
         }
-        allocationsWhileHeld = 0;
     }
 
-    void TearDown() override { afterLock = beforeUnlock = ignore; }
-
-    OxaResult takeSnapshot()
+    /// The exit status of a process that takes a snapshot, and ends by `atUnlock` or with 255.
+    int endOfSnapshot(void (*atLock)(), void (*atUnlock)())
     {
-        Oxa::OxaZunicEnquirer enquirer("", false, false);
-        const OxaResult result = enquirer.init(mChannel.name());
-        enquirer.cleanup();
-        return result;
+        TestSupport::ForkedChild child([&] {
+            afterLock = atLock;
+            beforeUnlock = atUnlock;
+            Oxa::OxaZunicEnquirer("", false, false).init(mChannel.name());
+            return 255;
+        });
+        return child.wait();
     }
 };
 
 TEST_F(RegistryHold, AllocatesNothing)
 {
-    EXPECT_TRUE(takeSnapshot() == OxaResult::cOk);
-    EXPECT_EQ(allocationsWhileHeld, 0);
+    static std::size_t before;
+    EXPECT_EQ(
+        endOfSnapshot([] { before = mallinfo2().uordblks; }, [] { _exit(mallinfo2().uordblks == before ? 0 : 1); }), 0);
 }
 
 TEST_F(RegistryHold, MakesNoSystemCall)
 {
-    if (cIsSanitized) {
-        GTEST_SKIP();
-    }
-    const auto endOfChild = [this](void (*atUnlock)()) {
-        TestSupport::ForkedChild child([&] {
-            afterLock = forbidSystemCalls;
-            beforeUnlock = atUnlock;
-            takeSnapshot();
-            return 1;
-        });
-        return child.wait();
-    };
-    EXPECT_EQ(endOfChild([] { _exit(0); }), 0);
-    EXPECT_EQ(endOfChild([] { _exit(getppid() > 0 ? 0 : 1); }), cSystemCallWhileHeld) << "the filter has no effect";
+    EXPECT_EQ(endOfSnapshot(forbidSystemCalls, [] { _exit(0); }), 0);
+    EXPECT_EQ(endOfSnapshot(forbidSystemCalls, [] { _exit(getppid() > 0 ? 0 : 1); }), cSystemCallWhileHeld)
+        << "the filter has no effect";
 }
 
 /// The system may take a page away at any moment; what the enquirer leaves to be faulted in is missing every time.
 /// Each snapshot is the first of its process, as in the tool: memory that was used before would be there.
 TEST_F(RegistryHold, FaultsNoTableIn)
 {
-    if (cIsSanitized) {
-        GTEST_SKIP();
-    }
     constexpr int cOwnPagesOfTheFork = 4;
     static long before;
-    afterLock = [] { before = pageFaults(); };
-    beforeUnlock = [] { _exit(static_cast<int>(std::min(pageFaults() - before, 255L))); };
     int fewest = 255;
     for (int i = 0; i < 5; ++i) {
-        TestSupport::ForkedChild child([this] {
-            takeSnapshot();
-            return 255;
-        });
-        fewest = std::min(fewest, child.wait());
+        fewest =
+            std::min(fewest, endOfSnapshot([] { before = pageFaults(); },
+                                           [] { _exit(static_cast<int>(std::min(pageFaults() - before, 255L))); }));
     }
     EXPECT_LE(fewest, cOwnPagesOfTheFork);
 }

@@ -28,15 +28,6 @@ protected:
     }
 
     std::string written(const std::string& name) const { return readFile(mDirectory / name); }
-
-    std::set<std::string> filesIn(const std::string& name) const
-    {
-        std::set<std::string> names;
-        for (const auto& entry : std::filesystem::directory_iterator(mDirectory / name)) {
-            names.insert(entry.path().filename().string());
-        }
-        return names;
-    }
 };
 
 TEST_F(ReportRun, WritesEveryFileByteForByte)
@@ -50,7 +41,7 @@ TEST_F(ReportRun, WritesEveryFileByteForByte)
     const std::string error = "ERROR: Unable to find application name from /proc/" + gone + "/exe\n";
     EXPECT_EQ(result.output, error + "path out/messages.txt\npath out/interfaces_communicators_info.txt\n" + error);
     EXPECT_EQ(result.errors, std::string(cNoProcess) + cNoProcess);
-    EXPECT_THAT(filesIn("out"), ElementsAre(cGraph, cReport, "messages.txt"));
+    EXPECT_THAT(mDirectory.entries("out"), ElementsAre(cGraph, cReport, "messages.txt"));
     std::map<std::string, std::string> processIds{{"tunerd", gone}};
     for (const auto& [name, id] : mBus.processes()) {
         processIds.emplace(name, std::to_string(id));
@@ -64,18 +55,19 @@ TEST_F(ReportRun, KeepsThePreviousDumpUnlessToldNotTo)
 {
     const std::string dumpPath = "enquirer_output/messages.txt";
     EXPECT_EQ(run({}).status, 0);
-    EXPECT_THAT(filesIn("enquirer_output"), ElementsAre(cReport, "messages.txt"));
+    EXPECT_THAT(mDirectory.entries("enquirer_output"), ElementsAre(cReport, "messages.txt"));
     const std::string dump = written(dumpPath);
 
     writeFile(mDirectory / dumpPath, "previous");
     EXPECT_EQ(run({"-b", "-d"}).status, 0);
-    EXPECT_THAT(filesIn("enquirer_output"), ElementsAre(cGraph, cReport, "messages.txt"));
+    EXPECT_THAT(mDirectory.entries("enquirer_output"), ElementsAre(cGraph, cReport, "messages.txt"));
     EXPECT_EQ(written(dumpPath), dump);
 
     writeFile(mDirectory / dumpPath, "previous");
     writeFile(mDirectory / (dumpPath + ".bak"), "older");
     EXPECT_EQ(run({}).status, 0);
-    EXPECT_THAT(filesIn("enquirer_output"), ElementsAre(cGraph, cReport, "messages.txt", "messages.txt.bak"));
+    EXPECT_THAT(mDirectory.entries("enquirer_output"),
+                ElementsAre(cGraph, cReport, "messages.txt", "messages.txt.bak"));
     EXPECT_EQ(written(dumpPath + ".bak"), "previous");
     EXPECT_EQ(written(dumpPath), dump);
 }
@@ -90,22 +82,21 @@ TEST_F(ReportRun, TakesTheLastOutputDirectoryAsItIsGiven)
 TEST_F(ReportRun, FailsWhereTheDirectoryCannotBeMade)
 {
     for (const std::string name : {"missing/out", ""}) {
-        const ProgramResult result = run({"-d", "-o", name});
+        const ProgramResult result = run({"-o", name});
         EXPECT_EQ(result.status, ENOENT);
         EXPECT_EQ(result.output, "");
         EXPECT_EQ(result.errors, "Error creating output directory (No such file or directory)\n");
-        EXPECT_THAT(mDirectory.entries(), testing::IsEmpty());
     }
+    EXPECT_THAT(mDirectory.entries(), testing::IsEmpty());
 }
 
 TEST_F(ReportRun, GraphIsDrawnByGraphviz)
 {
-    EXPECT_EQ(run({"-d", "-o", "out"}).status, 0);
-    const std::string graph = mDirectory / std::string("out/").append(cGraph);
-    const ProgramResult drawn = runProgram({DOT_BINARY, "-Tsvg", "-o", mDirectory / "graph.svg", graph});
-    EXPECT_EQ(drawn.status, 0) << drawn.errors;
+    EXPECT_EQ(run({"-d", "-o", "."}).status, 0);
+    const ProgramResult drawn = runProgram({DOT_BINARY, "-Tsvg", mDirectory / cGraph});
+    EXPECT_EQ(drawn.status, 0);
     EXPECT_EQ(drawn.errors, "");
-    const std::string picture = written("graph.svg");
+    const std::string& picture = drawn.output;
     for (const char* const text : {"Comunicator #7", "Traffic", "Legend", "Stub5&#45;&gt;Skeleton1"}) {
         EXPECT_THAT(picture, testing::HasSubstr(text));
     }
@@ -115,17 +106,13 @@ TEST(FullScenario, GraphIsAcceptedByGraphviz)
 {
     const TemporaryDirectory directory;
     const LiveBus bus(SCENARIO_DIR "/full.json");
-    const ProgramResult result = runEnquirer({"-d", "-o", directory.path().string(), bus.channelName()});
-    EXPECT_EQ(result.status, 0);
-    const std::string graph = directory / cGraph;
+    EXPECT_EQ(runEnquirer({"-d", "-o", directory.path().string(), bus.channelName()}).status, 0);
     // Laying it out would take minutes: it is read, and written out again without a layout.
-    const ProgramResult read = runProgram({NOP_BINARY, graph});
-    EXPECT_EQ(read.status, 0) << read.errors;
+    const ProgramResult read = runProgram({NOP_BINARY, directory / cGraph});
+    EXPECT_EQ(read.status, 0);
     EXPECT_EQ(read.errors, "");
-    EXPECT_EQ(countIn(readFile(graph), "Comunicator #"), 1024U);
-    EXPECT_EQ(countIn(readFile(graph), "->"), 16384U);
+    EXPECT_EQ(countIn(read.output, "Comunicator #"), 1024U);
     EXPECT_EQ(countIn(read.output, "->"), 16384U);
-    EXPECT_EQ(bus.processes().size(), 256U);
     EXPECT_EQ(countIn(readFile(directory / cReport), "InterfaceName:   "), 1024U);
 }
 

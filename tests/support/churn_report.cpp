@@ -2,12 +2,11 @@
 
 #include "churn.h"
 
+#include <array>
 #include <cstdint>
 #include <cstdio>
 #include <map>
-#include <sstream>
-#include <utility>
-#include <vector>
+#include <optional>
 
 namespace TestSupport {
 
@@ -15,72 +14,61 @@ namespace {
 
 struct Interface
 {
-    std::map<std::string, std::string> fields;
-    std::multiset<std::string> connections;
-
-    std::string operator[](const std::string& field) const
-    {
-        const auto found = fields.find(field);
-        return found == fields.end() ? "(none)" : found->second;
-    }
+    int process = 0;
+    unsigned long long sequence = 0;
+    std::string type;
+    std::string end; ///< as a connection names it
+    std::string connections;
 };
 
-std::vector<Interface> interfacesIn(const std::string& report)
+/// Absent when it is not as a round of churn has made it.
+std::optional<Interface> readWhole(const std::string& block)
 {
-    std::vector<Interface> interfaces;
-    std::istringstream lines(report.substr(0, report.find("\nNumber of communicator threads")));
-    for (std::string line; std::getline(lines, line);) {
-        const std::string key = line.substr(0, line.find(':'));
-        if (key == "InterfaceName") {
-            interfaces.emplace_back();
-        }
-        if (interfaces.empty() || key.size() == line.size()) {
-            continue;
-        }
-        if (key.starts_with("Connected")) {
-            interfaces.back().connections.insert(line);
-        } else {
-            interfaces.back().fields[key] = line.substr(line.find_first_not_of(' ', key.size() + 1));
-        }
+    Interface interface;
+    char role[21] = {};
+    char type[9] = {};
+    std::array<std::uint16_t, 3> version{};
+    unsigned id = 0;
+    int size = 0;
+    // NOLINTNEXTLINE(cert-err34-c): a number that does not fit makes a name that differs.
+    std::sscanf(block.c_str(),
+                "InterfaceName: Churn/%d/%llu RoleName: %20s DomainName: churn Type: %8s Version: %hu.%hu.%hu "
+                "InterfaceId: %u CommunicatorId: %*u RegistrationState: Registered "
+                "FunctionStorageRangeLocation: %*u %*u %n",
+                &interface.process, &interface.sequence, role, type, &version[0], &version[1], &version[2], &id, &size);
+    interface.type = type;
+    if (size == 0 || role != ZunicDemo::churnRole(interface.sequence) ||
+        version != ZunicDemo::churnVersion(interface.sequence) ||
+        (interface.type != "Stub" && interface.type != "Skeleton")) {
+        return std::nullopt;
     }
-    return interfaces;
+    interface.end = std::string(role).append("(").append(std::to_string(id)).append(")\n");
+    interface.connections = block.substr(static_cast<std::size_t>(size));
+    return interface;
 }
 
 /// The interfaces of one pair, by type.
 using Pair = std::map<std::string, Interface>;
 using PairsOfProcess = std::map<std::uint64_t, Pair>;
 
-bool isWhole(const Interface& interface, pid_t process, std::uint64_t sequence)
-{
-    const auto version = ZunicDemo::churnVersion(sequence);
-    return interface["InterfaceName"] == ZunicDemo::churnName(process, sequence) &&
-           interface["RoleName"] == ZunicDemo::churnRole(sequence) &&
-           interface["Version"] ==
-               std::to_string(version[0]) + "." + std::to_string(version[1]) + "." + std::to_string(version[2]) &&
-           interface["RegistrationState"] == "Registered" &&
-           (interface["Type"] == "Stub" || interface["Type"] == "Skeleton");
-}
-
 /// Each interface of a pair is connected to the other one, both ways.
 bool isConnectedTo(const Interface& interface, const Interface& other)
 {
-    const std::string end = other["RoleName"] + "(" + other["InterfaceId"] + ")";
-    return interface.connections == std::multiset<std::string>{"Connected Stub: " + end, "Connected Skeleton: " + end};
+    const std::string stub = "Connected Stub: " + other.end;
+    const std::string skeleton = "Connected Skeleton: " + other.end;
+    return interface.connections == stub + skeleton || interface.connections == skeleton + stub;
 }
 
 std::string faultIn(const PairsOfProcess& pairs)
 {
-    if (pairs.size() > ZunicDemo::Churn::cLivingPairs ||
+    if (pairs.empty() || pairs.size() > ZunicDemo::Churn::cLivingPairs ||
         pairs.rbegin()->first - pairs.begin()->first + 1 != pairs.size()) {
-        return "a gap in the sequence, or too many pairs";
+        return "a gap in the sequence, no pairs or too many";
     }
     for (const auto& [sequence, pair] : pairs) {
-        if (pair.size() != 2) {
-            return "half of pair " + std::to_string(sequence);
-        }
-        if (!isConnectedTo(pair.at("Stub"), pair.at("Skeleton")) ||
+        if (pair.size() != 2 || !isConnectedTo(pair.at("Stub"), pair.at("Skeleton")) ||
             !isConnectedTo(pair.at("Skeleton"), pair.at("Stub"))) {
-            return "pair " + std::to_string(sequence) + " is not connected as it should be";
+            return "half of pair " + std::to_string(sequence) + ", or not connected as it should be";
         }
     }
     return "";
@@ -91,22 +79,20 @@ std::string faultIn(const PairsOfProcess& pairs)
 std::string churnFaultIn(const std::string& report, const std::set<pid_t>& alive)
 {
     std::map<pid_t, PairsOfProcess> found;
-    for (const Interface& interface : interfacesIn(report)) {
-        int process = 0;
-        unsigned long long sequence = 0;
-        // NOLINTNEXTLINE(cert-err34-c): a number that does not fit makes a name that differs.
-        std::sscanf(interface["InterfaceName"].c_str(), "Churn/%d/%llu", &process, &sequence);
-        if (!isWhole(interface, process, sequence) || interface["DomainName"] != ZunicDemo::Churn::cChurnDomain) {
-            return "not whole: " + interface["InterfaceName"] + " in\n" + report;
+    constexpr auto cName = "InterfaceName:";
+    for (std::size_t at = report.find(cName); at != std::string::npos; at = report.find(cName, at + 1)) {
+        const std::string block = report.substr(at, report.find("\n\n", at) + 1 - at);
+        const std::optional<Interface> interface = readWhole(block);
+        if (!interface) {
+            return "not whole:\n" + block;
         }
-        if (!found[process][sequence].emplace(interface["Type"], interface).second) {
-            return "twice: " + interface["InterfaceName"] + " in\n" + report;
+        if (!found[interface->process][interface->sequence].emplace(interface->type, *interface).second) {
+            return "twice:\n" + block + "in\n" + report;
         }
     }
     for (const pid_t process : alive) {
-        std::string fault = found[process].empty() ? "no pairs" : faultIn(found[process]);
-        if (!fault.empty()) {
-            return fault.append(" of process ").append(std::to_string(process)).append(" in\n").append(report);
+        if (const std::string fault = faultIn(found[process]); !fault.empty()) {
+            return fault + " of process " + std::to_string(process) + " in\n" + report;
         }
     }
     return "";

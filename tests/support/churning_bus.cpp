@@ -8,13 +8,13 @@
 #include <algorithm>
 #include <chrono>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <linux/futex.h>
+#include <numeric>
 #include <sys/mman.h>
 #include <system_error>
 
 namespace TestSupport {
-
-using ZunicFormat::Registry;
 
 ChurningBus::ChurningBus(std::size_t processes)
     : mChannel(ZunicHosting::HostedChannel::create({.name = uniqueChannelName(), .messageSlots = 64})),
@@ -66,52 +66,16 @@ std::set<pid_t> ChurningBus::processes() const
 
 pid_t ChurningBus::holder() const
 {
-    auto* const lockWord = reinterpret_cast<std::uint32_t*>(mChannel.registry() + offsetof(Registry, mutex));
+    auto* const lockWord =
+        reinterpret_cast<std::uint32_t*>(mChannel.registry() + offsetof(ZunicFormat::Registry, mutex));
     return static_cast<pid_t>(std::atomic_ref(*lockWord).load() & FUTEX_TID_MASK);
-}
-
-void ChurningBus::bury()
-{
-    const std::set<pid_t> alive = processes();
-    auto& registry = *reinterpret_cast<Registry*>(mChannel.registry());
-    ZunicHosting::LockedRegistry lock = mChannel.lock();
-    std::set<std::uint16_t> deadCommunicators;
-    for (const auto& entry : registry.communicators) {
-        if (entry.communicatorId != ZunicHosting::cNoCommunicator &&
-            !alive.contains(static_cast<pid_t>(entry.processId))) {
-            deadCommunicators.insert(entry.communicatorId);
-        }
-    }
-    std::set<std::uint16_t> senders;
-    for (const auto& entry : registry.interfaces) {
-        if (entry.state == 1 && deadCommunicators.contains(entry.communicatorId)) {
-            lock.unregisterInterface(entry.interfaceId);
-        } else if (entry.state == 1) {
-            senders.insert(entry.interfaceId);
-        }
-    }
-    for (const std::uint16_t communicator : deadCommunicators) {
-        lock.unregisterCommunicator(communicator);
-    }
-    const auto* const slots = reinterpret_cast<ZunicFormat::MessageSlot*>(mChannel.messages());
-    for (std::uint32_t i = 0; i < mChannel.messageSlots(); ++i) {
-        if (!senders.contains(static_cast<std::uint16_t>(slots[i].stateAndSender >> ZunicFormat::cSlotStateBits))) {
-            lock.writeSlot(i, {});
-        }
-    }
 }
 
 bool ChurningBus::goesOn()
 {
-    const auto isThrough = [this](std::size_t process, std::uint64_t before) {
-        return waitUntil([&] { return mShared->rounds[process] > before; });
-    };
-    std::vector<std::uint64_t> before;
     for (std::size_t i = 0; i < mProcesses.size(); ++i) {
-        before.push_back(mShared->rounds[i]);
-    }
-    for (std::size_t i = 0; i < mProcesses.size(); ++i) {
-        if (!isThrough(i, before[i])) {
+        const std::uint64_t before = mShared->rounds[i];
+        if (!waitUntil([&] { return mShared->rounds[i] > before; })) {
             return false;
         }
     }
@@ -120,11 +84,7 @@ bool ChurningBus::goesOn()
 
 std::uint64_t ChurningBus::roundsDone() const
 {
-    std::uint64_t sum = 0;
-    for (const auto& rounds : mShared->rounds) {
-        sum += rounds;
-    }
-    return sum;
+    return std::accumulate(std::begin(mShared->rounds), std::end(mShared->rounds), std::uint64_t{0});
 }
 
 std::string InProcessEnquirer::report(const std::string& channelName) const

@@ -27,7 +27,6 @@ public:
     ChurningBus(const ChurningBus&) = delete;
     ChurningBus& operator=(const ChurningBus&) = delete;
 
-    ZunicHosting::HostedChannel& channel() { return mChannel; }
     const std::string& name() const { return mChannel.name(); }
     std::set<pid_t> processes() const;
 
@@ -36,9 +35,6 @@ public:
 
     /// The process that holds the registry mutex at this moment; 0: none.
     pid_t holder() const;
-
-    /// Frees what dead processes have left in the registry and in the message slots.
-    void bury();
 
     /// Waits until each process has gone through another round; false when they do not, or failed in some round.
     bool goesOn();

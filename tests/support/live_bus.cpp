@@ -36,7 +36,8 @@ LiveBus::LiveBus(const std::string& scenarioFile)
 
 LiveBus::~LiveBus()
 {
-    EXPECT_EQ(mHost.terminate(), 0) << mHost.errors();
+    kill(mHost.processId(), SIGTERM);
+    EXPECT_EQ(mHost.wait(), 0) << mHost.errors();
 }
 
 } // namespace TestSupport

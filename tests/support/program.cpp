@@ -1,104 +1,49 @@
 #include "support/program.h"
 
-#include <cerrno>
-#include <csignal>
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
 #include <fcntl.h>
-#include <spawn.h>
 #include <sstream>
-#include <sys/wait.h>
-#include <system_error>
-#include <unistd.h>
 
 namespace TestSupport {
 
 namespace {
 
-/// The words in front of a program's own that give it its working directory and its environment.
-std::vector<std::string> surroundings(const ProgramOptions& options)
+bool redirect(int descriptor, const std::string& path)
 {
-    std::vector<std::string> words{"/usr/bin/env", "--chdir=" + options.workingDirectory};
+    const int file = open(path.c_str(), O_RDWR | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
+    return file >= 0 && dup2(file, descriptor) == descriptor;
+}
+
+/// Turns this process into the program; returns an exit status when that cannot be.
+int become(std::vector<std::string> words, const ProgramOptions& options, const TemporaryDirectory& caught)
+{
+    constexpr int cCannotBeStarted = 127;
+    std::vector<char*> arguments(words.size() + 1); // with a null behind the last one
+    std::ranges::transform(words, arguments.begin(), [](std::string& word) { return word.data(); });
     for (const auto& [name, value] : options.environment) {
-        words.push_back(name + "=" + value);
+        setenv(name.c_str(), value.c_str(), 1);
     }
-    return words;
-}
-
-std::vector<char*> pointersTo(std::vector<std::string>& texts)
-{
-    std::vector<char*> pointers;
-    for (std::string& text : texts) {
-        pointers.push_back(text.data());
+    alarm(static_cast<unsigned>(options.watchdog.count()));
+    if (redirect(0, "/dev/null") && redirect(1, caught / "output") && redirect(2, caught / "errors") &&
+        chdir(options.workingDirectory.c_str()) == 0) {
+        execv(arguments[0], arguments.data());
+        std::perror(arguments[0]);
     }
-    pointers.push_back(nullptr);
-    return pointers;
+    return cCannotBeStarted;
 }
 
-} // namespace
-
-Program::Program(const std::vector<std::string>& words, const ProgramOptions& options)
-    : mDeadline(std::chrono::steady_clock::now() + options.watchdog)
+ForkedChild start(const std::vector<std::string>& words, const ProgramOptions& options,
+                  const TemporaryDirectory& caught)
 {
-    std::vector<std::string> arguments = surroundings(options);
-    arguments.insert(arguments.end(), words.begin(), words.end());
-
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, 1, (mCaught / "output").c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600);
-    posix_spawn_file_actions_addopen(&actions, 2, (mCaught / "errors").c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600);
-    const int error =
-        posix_spawn(&mProcessId, arguments[0].c_str(), &actions, nullptr, pointersTo(arguments).data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
-    if (error != 0) {
-        throw std::system_error(error, std::generic_category(), arguments[0]);
+    for (const std::string name : {"output", "errors"}) {
+        writeFile(caught / name, "");
     }
+    return ForkedChild([&] { return become(words, options, caught); });
 }
 
-Program::~Program()
-{
-    if (!mHasEnded) {
-        kill(mProcessId, SIGKILL);
-        waitpid(mProcessId, nullptr, 0);
-    }
-}
-
-bool Program::isRunning() const
-{
-    siginfo_t info{};
-    return !mHasEnded && waitid(P_PID, static_cast<id_t>(mProcessId), &info, WEXITED | WNOHANG | WNOWAIT) == 0 &&
-           info.si_pid == 0;
-}
-
-int Program::terminate()
-{
-    if (!mHasEnded) {
-        kill(mProcessId, SIGTERM);
-    }
-    return wait();
-}
-
-int Program::wait()
-{
-    const timespec pause{0, 1'000'000};
-    while (!mHasEnded) {
-        int status = 0;
-        mHasEnded = waitpid(mProcessId, &status, WNOHANG) == mProcessId;
-        mStatus = WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status);
-        if (!mHasEnded && std::chrono::steady_clock::now() > mDeadline) {
-            kill(mProcessId, SIGKILL);
-        }
-        nanosleep(&pause, nullptr);
-    }
-    return mStatus;
-}
-
-ProgramResult runProgram(const std::vector<std::string>& words, const ProgramOptions& options)
-{
-    Program program(words, options);
-    const int status = program.wait();
-    return {status, program.output(), program.errors()};
-}
-
+/// `text` without the lines that the DLT library writes.
 std::string withoutDltLines(const std::string& text)
 {
     std::istringstream lines(text);
@@ -111,6 +56,25 @@ std::string withoutDltLines(const std::string& text)
     return kept;
 }
 
+} // namespace
+
+Program::Program(const std::vector<std::string>& words, const ProgramOptions& options)
+    : mProcess(start(words, options, mCaught))
+{}
+
+bool Program::isRunning() const
+{
+    siginfo_t info{};
+    return waitid(P_PID, static_cast<id_t>(processId()), &info, WEXITED | WNOHANG | WNOWAIT) == 0 && info.si_pid == 0;
+}
+
+ProgramResult runProgram(const std::vector<std::string>& words, const ProgramOptions& options)
+{
+    Program program(words, options);
+    const int status = program.wait();
+    return {status, program.output(), program.errors()};
+}
+
 ProgramResult runEnquirer(const std::vector<std::string>& arguments, ProgramOptions options)
 {
     const TemporaryDirectory noDaemon;
@@ -118,10 +82,8 @@ ProgramResult runEnquirer(const std::vector<std::string>& arguments, ProgramOpti
     std::vector<std::string> words = options.launcher;
     words.emplace_back(ENQUIRER_BINARY);
     words.insert(words.end(), arguments.begin(), arguments.end());
-    ProgramResult result = runProgram(words, options);
-    result.output = withoutDltLines(result.output);
-    result.errors = withoutDltLines(result.errors);
-    return result;
+    const ProgramResult result = runProgram(words, options);
+    return {result.status, withoutDltLines(result.output), withoutDltLines(result.errors)};
 }
 
 } // namespace TestSupport

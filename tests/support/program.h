@@ -1,12 +1,12 @@
 #ifndef TESTS_SUPPORT_PROGRAM_H
 #define TESTS_SUPPORT_PROGRAM_H
 
+#include "support/forked_child.h"
 #include "support/temporary_directory.h"
 
 #include <chrono>
 #include <map>
 #include <string>
-#include <sys/types.h>
 #include <vector>
 
 namespace TestSupport {
@@ -16,7 +16,7 @@ struct ProgramOptions
     std::string workingDirectory = "/";
     /// Added to the environment of the test.
     std::map<std::string, std::string> environment = {};
-    /// A program that is still running then is killed, which shows in its status.
+    /// A program that is still running then is ended by SIGALRM, which shows in its status.
     std::chrono::seconds watchdog{60};
     /// Words in front of the enquirer's own: a program that is to start it.
     std::vector<std::string> launcher = {};
@@ -28,19 +28,12 @@ class Program
 public:
     /// The first word is the path of the executable.
     explicit Program(const std::vector<std::string>& words, const ProgramOptions& options = {});
-    ~Program();
 
-    Program(const Program&) = delete;
-    Program& operator=(const Program&) = delete;
-
-    pid_t processId() const { return mProcessId; }
+    pid_t processId() const { return mProcess.processId(); }
     bool isRunning() const;
 
-    /// Sends SIGTERM and returns what `wait` returns.
-    int terminate();
-
-    /// The exit status once it has ended, or 1000 and the signal that ended it.
-    int wait();
+    /// Once: the exit status when it has ended, or 1000 and the signal that ended it.
+    int wait() { return mProcess.wait(); }
 
     /// What it has written so far.
     std::string output() const { return readFile(mCaught / "output"); }
@@ -48,10 +41,7 @@ public:
 
 private:
     TemporaryDirectory mCaught;
-    std::chrono::steady_clock::time_point mDeadline;
-    pid_t mProcessId = -1;
-    bool mHasEnded = false;
-    int mStatus = 0;
+    ForkedChild mProcess;
 };
 
 struct ProgramResult
@@ -62,9 +52,6 @@ struct ProgramResult
 };
 
 ProgramResult runProgram(const std::vector<std::string>& words, const ProgramOptions& options = {});
-
-/// `text` without the lines that the DLT library writes.
-std::string withoutDltLines(const std::string& text);
 
 /// Runs the enquirer itself, with no DLT daemon in reach unless the options say where; leaves out libdlt's own lines.
 ProgramResult runEnquirer(const std::vector<std::string>& arguments, ProgramOptions options = {});

@@ -24,10 +24,10 @@ TemporaryDirectory::~TemporaryDirectory()
     std::filesystem::remove_all(mPath, ignored);
 }
 
-std::set<std::string> TemporaryDirectory::entries() const
+std::set<std::string> TemporaryDirectory::entries(const std::string& below) const
 {
     std::set<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(mPath)) {
+    for (const auto& entry : std::filesystem::directory_iterator(mPath / below)) {
         names.insert(entry.path().filename().string());
     }
     return names;

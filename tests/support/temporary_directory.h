@@ -20,8 +20,8 @@ public:
     const std::filesystem::path& path() const { return mPath; }
     std::string operator/(const std::string& name) const { return (mPath / name).string(); }
 
-    /// The names of what is in it.
-    std::set<std::string> entries() const;
+    /// The names of what is in it, or in a directory below it.
+    std::set<std::string> entries(const std::string& below = "") const;
 
 private:
     std::filesystem::path mPath;
