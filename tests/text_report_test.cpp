@@ -95,6 +95,14 @@ TEST_F(TextReport, InterfacesAreThoseOfAWalkThroughAllLinks)
     }
 }
 
+TEST_F(TextReport, WordsForNumbersOutsideTheirRange)
+{
+    EXPECT_EQ(mWriter.createType(eInterfaceInstanceTypeUndefined), "Undefined");
+    EXPECT_EQ(mWriter.createType(static_cast<InterfaceInstanceType>(0xFFFFFFFF)), "Undefined");
+    EXPECT_EQ(mWriter.convertRegistrationState(static_cast<OxaZunicRegistrationState>(0xFFFFFFFF)), "Unknown");
+    EXPECT_EQ(mWriter.versionNumberToString(Version(10, 0, 4294967295U)), "10.0.4294967295");
+}
+
 TEST_F(TextReport, CommunicatorBlocks)
 {
     const CommunicatorList communicators = {
