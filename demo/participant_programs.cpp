@@ -58,7 +58,7 @@ fs::path ParticipantPrograms::named(const std::string& name)
 void passOnLibraryFolder()
 {
     // Not the function's address as this program sees it: that may lie in the program itself.
-    void* const function = dlsym(RTLD_NEXT, "oxa_zunic_communication_channel_create");
+    void* const function = dlsym(RTLD_NEXT, "oxa_mutex_lock");
     Dl_info library{};
     if (function == nullptr || dladdr(function, &library) == 0) {
         return;

@@ -148,6 +148,30 @@ TEST(FaultOfAMutexHolder, StoppedForLong)
     channel.lock().registerInterface({.interfaceName = "Clock", .roleName = "Navigator"});
 }
 
+/// Neither as the dead nor as the stopped holder may the tool be in the bus's way. All its threads have to agree on
+/// that.
+TEST(FaultOfTheHoldingEnquirer, PutsOffSignalsUntilTheMutexIsGivenBack)
+{
+    const HostedChannel channel = HostedChannel::create({.name = uniqueChannelName()});
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGTSTP}) {
+        std::signal(signal, SIG_DFL);
+        const TemporaryDirectory directory;
+        Program tool({ENQUIRER_BINARY, "-i", "Clock", channel.name()},
+                     {.environment = {{"LD_PRELOAD", LONG_HOLD},
+                                      {"HOLD_UNTIL", directory / "until"},
+                                      {"ASAN_OPTIONS", "verify_asan_link_order=0"},
+                                      {"DLT_PIPE_DIR", directory.path().string()}}});
+        ASSERT_TRUE(waitUntil([&] { return tool.errors().starts_with("held\n"); })) << tool.errors();
+        kill(tool.processId(), signal);
+        usleep(20'000);
+        ASSERT_TRUE(tool.isRunning()) << strsignal(signal);
+        writeFile(directory / "until", "");
+        ASSERT_TRUE(waitUntil([&] { return tool.errors().ends_with("given back\n"); })) << strsignal(signal);
+        kill(tool.processId(), SIGCONT);
+        EXPECT_EQ(tool.wait(), signal == SIGTSTP ? static_cast<int>(OxaResult::cObjectNotFound.code()) : 1000 + signal);
+    }
+}
+
 /// Runs of the enquirer that a signal ends, or comes too late for, on a bus that has to go on undamaged.
 class FaultOfTheEnquirer : public testing::TestWithParam<int>
 {};
