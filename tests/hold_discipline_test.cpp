@@ -1,6 +1,7 @@
 #include "enquirer/oxa_zunic_enquirer.h"
 #include "support/forked_child.h"
 #include "support/live_bus.h"
+#include "support/sanitized.h"
 
 #include "oxa/oxa_mutex.h"
 #include "zunic_hosting/hosted_channel.h"
@@ -47,10 +48,6 @@ extern "C" int oxa_mutex_unlock(oxa_mutex* mutex)
     return callPlatform("oxa_mutex_unlock", mutex);
 }
 
-#ifndef __has_feature
-#define __has_feature(feature) 0
-#endif
-
 namespace {
 
 constexpr int cSystemCallWhileHeld = 1000 + SIGSYS;
@@ -77,14 +74,6 @@ void forbidSystemCalls()
     }
 }
 
-/// A sanitizer makes system calls and touches pages of its own.
-constexpr bool cIsSanitized =
-#if defined(__SANITIZE_ADDRESS__) || __has_feature(address_sanitizer)
-    true;
-#else
-    false;
-#endif
-
 class RegistryHold : public testing::Test
 {
 protected:
@@ -93,7 +82,7 @@ protected:
 
     void SetUp() override
     {
-        if (cIsSanitized) {
+        if (TestSupport::cIsSanitized) {
             GTEST_SKIP();
         }
         ZunicHosting::LockedRegistry registry = mChannel.lock();
