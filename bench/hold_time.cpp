@@ -8,7 +8,6 @@
 
 #include <benchmark/benchmark.h>
 #include <chrono>
-#include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
 #include <stdexcept>

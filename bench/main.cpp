@@ -8,7 +8,6 @@
 #include "table.h"
 #include "timed_process.h"
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iostream>

@@ -1,7 +1,6 @@
 #ifndef BENCH_NAME_DAEMON_H
 #define BENCH_NAME_DAEMON_H
 
-#include <memory>
 #include <string>
 #include <sys/types.h>
 

@@ -5,6 +5,7 @@
 #include "recorded_write.h"
 
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <map>

@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <iterator>
 #include <stdexcept>
 #include <system_error>
 

@@ -2,15 +2,29 @@
 #include "options.h"
 #include "scenario_reader.h"
 
-#include <cstdio>
 #include <cstdlib>
+#include <fcntl.h>
 #include <iostream>
+#include <unistd.h>
 
 namespace {
 
 using namespace ZunicDemo;
 
 constexpr int cExitUsage = 2;
+
+/// Gives a program that was started without standard streams empty ones; else the channel or a participant's connection
+/// would become one of them, and take what is printed.
+void openStandardStreams()
+{
+    int descriptor = open("/dev/null", O_RDWR);
+    while (descriptor >= 0 && descriptor <= STDERR_FILENO) {
+        descriptor = dup(descriptor);
+    }
+    if (descriptor > STDERR_FILENO) {
+        close(descriptor);
+    }
+}
 
 Scenario readScenarioFor(const Options& options)
 {
@@ -53,6 +67,7 @@ void serve(const Options& options)
 
 int main(int argumentCount, char** arguments)
 {
+    openStandardStreams();
     try {
         if (const std::optional<Options> options = readOptions(argumentCount, arguments)) {
             serve(*options);

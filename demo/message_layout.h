@@ -4,6 +4,7 @@
 #include "scenario.h"
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 namespace ZunicDemo {

@@ -77,14 +77,13 @@ ParticipantProcess::~ParticipantProcess()
 
 void ParticipantProcess::registerAll(const ProcessEntry& process, const StopSignals& signals)
 {
-    std::optional<std::string> answer;
     try {
         mConnection.send(describeProcess(process));
     } catch (const std::system_error&) {
         // It has ended; what it said last tells more.
     }
     signals.waitForInput(mConnection.descriptor());
-    answer = mConnection.receive();
+    const std::optional<std::string> answer = mConnection.receive();
     if (!answer) {
         throw std::runtime_error("process " + mName + " ended before it had registered");
     }

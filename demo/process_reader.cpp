@@ -3,7 +3,10 @@
 #include "zunic_hosting/channel_format.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
+#include <map>
+#include <optional>
 
 namespace ZunicDemo {
 

@@ -1,5 +1,6 @@
 #include "text_template.h"
 
+#include <algorithm>
 #include <charconv>
 #include <stdexcept>
 

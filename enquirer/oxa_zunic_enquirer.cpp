@@ -9,7 +9,7 @@
 #include <cerrno>
 #include <cstring>
 #include <iostream>
-#include <memory>
+#include <optional>
 #include <sys/stat.h>
 
 namespace Oxa {

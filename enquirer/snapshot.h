@@ -5,6 +5,7 @@
 #include "enquirer/interface_filter.h"
 #include "enquirer/record_types.h"
 
+#include <cstddef>
 #include <memory>
 
 namespace Oxa {

@@ -87,6 +87,9 @@ TEST_F(TextReport, InterfacesAreThoseOfAWalkThroughAllLinks)
         std::string expected;
         for (const auto& [id, info] : interfaces) {
             expected += blockByWalk(interfaces, info, links);
+            const std::string connections =
+                writtenBy([&](auto* out) { mWriter.showConnectedInterfaces(interfaces, id, out, links); });
+            EXPECT_THAT(expected, testing::HasSubstr(connections));
         }
         expected += cCountOfThreads + std::to_string(threads.size()) + "\n\n";
         const std::string section = writtenBy(

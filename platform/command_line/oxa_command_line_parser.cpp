@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <iostream>
+#include <stdexcept>
 #include <string_view>
 #include <utility>
 #include <vector>

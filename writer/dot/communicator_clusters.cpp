@@ -1,5 +1,7 @@
 #include "writer/dot/oxa_zunic_enquirer_interface_dot_file.h"
 
+#include <iterator>
+
 namespace Oxa {
 
 namespace {

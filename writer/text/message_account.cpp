@@ -93,6 +93,7 @@ void OxaZunicEnquirerInterfaceTextFile::writeMessageAccount(LineWriter& scratch,
 
 std::vector<bool> OxaZunicEnquirerInterfaceTextFile::registeredReceivers(const InterfaceMap& interfaces)
 {
+    // What is said of the receivers of a message is asked here for all of them at once.
     oxa_zunic_receiver_bitfield_struct known{};
     for (auto entry = interfaces.begin(); entry != interfaces.lower_bound(cReceiverIds); ++entry) {
         known.words[entry->first / 64] |= std::uint64_t{1} << (entry->first % 64);

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <fstream>
+#include <ostream>
 #include <string>
 #include <utility>
 #include <vector>

@@ -2,6 +2,7 @@
 #include "hosted_object.h"
 #include "publishing.h"
 
+#include <cerrno>
 #include <cstring>
 #include <optional>
 

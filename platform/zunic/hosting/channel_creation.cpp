@@ -2,7 +2,7 @@
 #include "hosted_object.h"
 #include "publishing.h"
 
-#include <algorithm>
+#include <cerrno>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/mman.h>

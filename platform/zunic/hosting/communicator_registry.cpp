@@ -3,6 +3,7 @@
 #include "publishing.h"
 
 #include <bitset>
+#include <cerrno>
 
 using ZunicFormat::cFreeCommunicatorId;
 using ZunicFormat::CommunicatorEntry;
@@ -57,16 +58,6 @@ std::uint16_t LockedRegistry::registerCommunicator(std::uint32_t processId, std:
     const std::uint16_t newId = id ? *id : lowestUnusedCommunicatorId(registry);
     publish(entry->communicatorId, newId);
     return newId;
-}
-
-void LockedRegistry::unregisterCommunicator(std::uint16_t communicatorId)
-{
-    CommunicatorEntry* const entry =
-        communicatorId < cFreeCommunicatorId ? findCommunicator(mObject.registry(), communicatorId) : nullptr;
-    if (!entry) {
-        fail(ENOENT, "communicator id " + std::to_string(communicatorId));
-    }
-    publish(entry->communicatorId, cFreeCommunicatorId);
 }
 
 } // namespace ZunicHosting

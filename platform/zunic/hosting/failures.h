@@ -1,7 +1,6 @@
 #ifndef ZUNIC_HOSTING_FAILURES_H
 #define ZUNIC_HOSTING_FAILURES_H
 
-#include <cerrno>
 #include <stdexcept>
 #include <string>
 #include <system_error>

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <bitset>
+#include <cerrno>
 #include <cstring>
 
 using ZunicFormat::InterfaceEntry;
@@ -148,21 +149,10 @@ void LockedRegistry::unregisterInterface(std::uint16_t interfaceId)
     mObject.freeBlock(functions);
 }
 
-void LockedRegistry::setInterfaceState(std::uint16_t interfaceId, RegistrationState state)
-{
-    publish(getInterface(mObject.registry(), interfaceId).state, static_cast<std::uint32_t>(state));
-}
-
 void LockedRegistry::connect(std::uint16_t holder, std::uint16_t receiver)
 {
     require(receiver < cReceiverIds, "a receiver's id has to be below 1024");
     addReceiver(getInterface(mObject.registry(), holder).receivers, receiver);
-}
-
-void LockedRegistry::disconnect(std::uint16_t holder, std::uint16_t receiver)
-{
-    require(receiver < cReceiverIds, "a receiver's id has to be below 1024");
-    removeReceiver(getInterface(mObject.registry(), holder).receivers, receiver);
 }
 
 } // namespace ZunicHosting

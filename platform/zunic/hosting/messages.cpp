@@ -4,6 +4,7 @@
 #include "receiver_sets.h"
 
 #include <algorithm>
+#include <cerrno>
 
 using ZunicFormat::MessageSlot;
 using ZunicFormat::MessageStorage;

@@ -148,18 +148,15 @@ public:
     /// std::system_error ENOSPC: the table is full; EEXIST: the id is taken.
     std::uint16_t registerCommunicator(std::uint32_t processId, std::optional<std::uint16_t> id = std::nullopt,
                                        RegistrationState state = RegistrationState::registered);
-    void unregisterCommunicator(std::uint16_t communicatorId);
 
     /// Returns the interface's id. std::system_error ENOSPC: the table is full; EEXIST: the id is taken.
     /// The new interface is in no receiver set, and entries never used before are filled first.
     std::uint16_t registerInterface(const InterfaceDescription& description);
     /// Also frees its function storage and takes it out of every receiver set.
     void unregisterInterface(std::uint16_t interfaceId);
-    void setInterfaceState(std::uint16_t interfaceId, RegistrationState state);
 
-    /// Puts `receiver` into, or takes it out of, the receiver set of `holder`. The receiver need not be registered.
+    /// Puts `receiver` into the receiver set of `holder`. The receiver need not be registered.
     void connect(std::uint16_t holder, std::uint16_t receiver);
-    void disconnect(std::uint16_t holder, std::uint16_t receiver);
 
     /// Takes a block from a memory manager, enlarging it when it is full. ENOSPC when it cannot grow.
     oxa_zunic_range_location allocateBlock(std::uint16_t managerIndex);
