@@ -13,16 +13,13 @@ using namespace ZunicDemo;
 
 constexpr int cExitUsage = 2;
 
-/// Gives a program that was started without standard streams empty ones; else the channel or a participant's connection
-/// would become one of them, and take what is printed.
-void openStandardStreams()
+/// Without them the channel or a participant's connection would become one, and take what is printed.
+void checkStandardStreams()
 {
-    int descriptor = open("/dev/null", O_RDWR);
-    while (descriptor >= 0 && descriptor <= STDERR_FILENO) {
-        descriptor = dup(descriptor);
-    }
-    if (descriptor > STDERR_FILENO) {
-        close(descriptor);
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(stream, F_GETFD) == -1) {
+            throw std::runtime_error("standard stream " + std::to_string(stream) + " is closed");
+        }
     }
 }
 
@@ -67,8 +64,8 @@ void serve(const Options& options)
 
 int main(int argumentCount, char** arguments)
 {
-    openStandardStreams();
     try {
+        checkStandardStreams();
         if (const std::optional<Options> options = readOptions(argumentCount, arguments)) {
             serve(*options);
         }
