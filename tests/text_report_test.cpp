@@ -88,7 +88,7 @@ TEST_F(TextReport, InterfacesAreThoseOfAWalkThroughAllLinks)
         for (const auto& [id, info] : interfaces) {
             expected += blockByWalk(interfaces, info, links);
             const std::string connections =
-                writtenBy([&](auto* out) { mWriter.showConnectedInterfaces(interfaces, id, out, links); });
+                writtenBy([&, of = id](auto* out) { mWriter.showConnectedInterfaces(interfaces, of, out, links); });
             EXPECT_THAT(expected, testing::HasSubstr(connections));
         }
         expected += cCountOfThreads + std::to_string(threads.size()) + "\n\n";
