@@ -1,8 +1,12 @@
 #include "app/oxa_zunic_enquirer_app_main.h"
 
+#include <dlt/dlt_common.h>
 #include <fcntl.h>
 #include <iostream>
+#include <syslog.h>
 #include <unistd.h>
+
+#pragma weak dlt_log_set_level // Not every version of the library has it.
 
 namespace {
 
@@ -10,12 +14,18 @@ namespace {
 /// and take what is printed.
 void openStandardStreams()
 {
-    int descriptor = open("/dev/null", O_RDWR);
-    while (descriptor >= 0 && descriptor <= STDERR_FILENO) {
-        descriptor = dup(descriptor);
-    }
-    if (descriptor > STDERR_FILENO) {
-        close(descriptor);
+    int descriptor = 0;
+    do {
+        descriptor = open("/dev/null", O_RDWR);
+    } while (descriptor >= 0 && descriptor <= STDERR_FILENO);
+    close(descriptor);
+}
+
+/// Keeps what the library says of itself, but for errors, off standard output.
+void quietenDlt()
+{
+    if (dlt_log_set_level != nullptr) {
+        dlt_log_set_level(LOG_ERR);
     }
 }
 
@@ -24,6 +34,7 @@ void openStandardStreams()
 int main(int argc, char** argv)
 {
     openStandardStreams();
+    quietenDlt();
     try {
         return OxaZunicEnquirerAppMain(argc, argv);
     } catch (...) {

@@ -8,17 +8,17 @@ struct OptionTable
 {
     OptionTable();
 
-    OxaCommandLineParser parser;
-    OxaCommandLineOptionFlag noBackup;
-    OxaCommandLineOptionFlag dot;
-    OxaCommandLineOptionFlag consoleLog;
-    OxaCommandLineOptionString outputDirectory;
-    OxaCommandLineOptionString interfaceName;
-    OxaCommandLineOptionString roleName;
-    OxaCommandLineOptionString domainName;
-    OxaCommandLineOptionString interfaceType;
-    OxaCommandLineOptionString registrationState;
-    OxaCommandLineRemainingArgument* channelName; ///< the parser's own; may be null
+    OxaCommandLineParser mParser;
+    OxaCommandLineOptionFlag mNoBackup;
+    OxaCommandLineOptionFlag mDot;
+    OxaCommandLineOptionFlag mConsoleLog;
+    OxaCommandLineOptionString mOutputDirectory;
+    OxaCommandLineOptionString mInterfaceName;
+    OxaCommandLineOptionString mRoleName;
+    OxaCommandLineOptionString mDomainName;
+    OxaCommandLineOptionString mInterfaceType;
+    OxaCommandLineOptionString mRegistrationState;
+    OxaCommandLineRemainingArgument* mChannelName; ///< the parser's own; may be null
 };
 
 #endif

@@ -10,12 +10,16 @@
 #include <list>
 #include <string>
 
+#pragma weak dlt_set_resend_timeout_atexit // Not every version of the library has it.
+
 namespace {
 
 struct RunSettings
 {
-    std::string channelName = "OXABus";
-    std::string outputDirectory = "./enquirer_output";
+    std::string mChannelName = "OXABus";
+    std::string mOutputDirectory = "./enquirer_output";
+    bool mHistory = true;
+    bool mDotFile = false;
 };
 
 /// The library's threads start without taking signals, and for good: else the kernel could hand one of them the Ctrl-C
@@ -29,8 +33,10 @@ void registerWithDlt()
     dlt_check_library_version("2", "17");
     dlt_register_app("OZEN", "Zunic Enquirer");
     pthread_sigmask(SIG_SETMASK, &previous, nullptr);
-    // Without this the library's exit handler waits for ten seconds when no daemon is there to take its messages.
-    dlt_set_resend_timeout_atexit(0);
+    // Else the library's exit handler waits for ten seconds when no daemon is there to take its messages.
+    if (dlt_set_resend_timeout_atexit != nullptr) {
+        dlt_set_resend_timeout_atexit(0);
+    }
 }
 
 std::string valueOf(const OxaCommandLineOptionString& option, const char* absent = "")
@@ -46,17 +52,22 @@ std::string valueOf(const OxaCommandLineOptionString& option, const char* absent
 /// Returns the result of the last value fetched, cOk when none was.
 OxaResult readSettings(const OptionTable& options, RunSettings& settings)
 {
-    OxaResult result = OxaResult::cOk;
-    if (options.outputDirectory.isSet()) {
-        const char* value = nullptr;
-        result = options.outputDirectory.getArgumentValue(value);
-        settings.outputDirectory = value != nullptr ? value : "";
+    settings.mHistory = !options.mNoBackup.isSet();
+    settings.mDotFile = options.mDot.isSet();
+    if (options.mConsoleLog.isSet()) {
+        dlt_enable_local_print();
     }
-    if (options.channelName != nullptr && options.channelName->hasValues()) {
+    OxaResult result = OxaResult::cOk;
+    if (options.mOutputDirectory.isSet()) {
+        const char* value = nullptr;
+        result = options.mOutputDirectory.getArgumentValue(value);
+        settings.mOutputDirectory = value != nullptr ? value : "";
+    }
+    if (options.mChannelName != nullptr && options.mChannelName->hasValues()) {
         std::list<std::string> values;
-        result = options.channelName->getValues(values);
+        result = options.mChannelName->getValues(values);
         if (result == OxaResult::cOk && !values.empty()) {
-            settings.channelName = values.front();
+            settings.mChannelName = values.front();
         }
     }
     return result;
@@ -80,24 +91,24 @@ bool readFilter(const OxaCommandLineOptionString& option, const char* what, bool
 
 OxaResult query(Oxa::OxaZunicEnquirer& enquirer, const OptionTable& options)
 {
-    const std::string interfaceName = valueOf(options.interfaceName);
-    const std::string roleName = valueOf(options.roleName);
-    const std::string domainName = valueOf(options.domainName, "local");
+    const std::string interfaceName = valueOf(options.mInterfaceName);
+    const std::string roleName = valueOf(options.mRoleName);
+    const std::string domainName = valueOf(options.mDomainName, "local");
 
     Oxa::InterfaceInstanceType type = Oxa::eInterfaceInstanceTypeUndefined;
-    const bool useType = readFilter(options.interfaceType, "interface type", getInterfaceType, type);
+    const bool useType = readFilter(options.mInterfaceType, "interface type", getInterfaceType, type);
     OxaZunic::OxaZunicRegistrationState state = OxaZunic::eOxaZunicRegistrationStateInvalid;
-    const bool useState = readFilter(options.registrationState, "registration state", getRegistrationState, state);
+    const bool useState = readFilter(options.mRegistrationState, "registration state", getRegistrationState, state);
 
     return enquirer.matchInterface(interfaceName, roleName, domainName, useType, type, useState, state);
 }
 
 OxaResult queryOrReport(Oxa::OxaZunicEnquirer& enquirer, const OptionTable& options)
 {
-    if (options.interfaceName.isSet() || options.roleName.isSet() || options.domainName.isSet()) {
+    if (options.mInterfaceName.isSet() || options.mRoleName.isSet() || options.mDomainName.isSet()) {
         return query(enquirer, options);
     }
-    if (options.interfaceType.isSet() || options.registrationState.isSet()) {
+    if (options.mInterfaceType.isSet() || options.mRegistrationState.isSet()) {
         std::cerr << "Error: -t and -s can only be used with -i and/or -r" << std::endl;
         return OxaResult::cParameterInvalid;
     }
@@ -106,12 +117,12 @@ OxaResult queryOrReport(Oxa::OxaZunicEnquirer& enquirer, const OptionTable& opti
 
 OxaResult run(const RunSettings& settings, const OptionTable& options)
 {
-    Oxa::OxaZunicEnquirer enquirer(settings.outputDirectory, !options.noBackup.isSet(), options.dot.isSet());
-    OxaResult result = enquirer.init(settings.channelName);
+    Oxa::OxaZunicEnquirer enquirer(settings.mOutputDirectory, settings.mHistory, settings.mDotFile);
+    OxaResult result = enquirer.init(settings.mChannelName);
     if (result == OxaResult::cOk) {
         result = queryOrReport(enquirer, options);
     } else {
-        std::cerr << "Failed to initialise (using shared memory channel name \"" << settings.channelName << "\")"
+        std::cerr << "Failed to initialise (using shared memory channel name \"" << settings.mChannelName << "\")"
                   << std::endl;
     }
     enquirer.cleanup();
@@ -126,11 +137,8 @@ int OxaZunicEnquirerAppMain(int argc, char** argv)
 
     RunSettings settings;
     OptionTable options;
-    OxaResult result = options.parser.parse(argc, argv);
+    OxaResult result = options.mParser.parse(argc, argv);
     if (result == OxaResult::cOk) {
-        if (options.consoleLog.isSet()) {
-            dlt_enable_local_print();
-        }
         result = readSettings(options, settings);
     }
     if (result == OxaResult::cOk) {

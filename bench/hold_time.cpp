@@ -1,6 +1,6 @@
 #include "hold_time.h"
 
-#include "enquirer/channel_layout.h"
+#include "channel/channel_layout.h"
 #include "enquirer/oxa_zunic_enquirer.h"
 #include "timed_process.h"
 
@@ -64,7 +64,7 @@ namespace Bench {
 
 namespace {
 
-constexpr std::size_t cCopiedBytes = sizeof(Oxa::ChannelLayout::RegistryTables);
+constexpr std::size_t cCopiedBytes = sizeof(Channel::RegistryTables);
 
 double holdOfOneSnapshot(const std::string& channelName)
 {

@@ -1,41 +1,18 @@
 #include "enquirer/oxa_zunic_enquirer.h"
 
-#include "enquirer/channel_layout.h"
-#include "enquirer/snapshot.h"
-
-#include "oxa/oxa_mutex.h"
+#include "channel/channel_layout.h"
+#include "channel/registry_snapshot.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <iostream>
-#include <optional>
 #include <sys/stat.h>
 
 namespace Oxa {
 
-using namespace ChannelLayout;
-
-namespace {
-
-template <typename Target>
-Target* addressIn(void* base, std::size_t offset)
-{
-    return reinterpret_cast<Target*>(static_cast<std::byte*>(base) + offset);
-}
-
-std::byte* registryBase(oxa_zunic_communication_channel* channel)
-{
-    return readAt<std::byte*>(channel, cHandleRegistryBase);
-}
-
-} // namespace
-
 OxaZunicEnquirer::OxaZunicEnquirer(const std::string& outputDirectory, bool history, bool dotFile)
     : mOutputDir(outputDirectory), mHistory(history), mDotFile(dotFile), mTextWriter(mOutputDir), mDotWriter(mOutputDir)
 {}
-
-OxaZunicEnquirer::~OxaZunicEnquirer() = default;
 
 OxaResult OxaZunicEnquirer::init(const std::string& channelName)
 {
@@ -48,28 +25,12 @@ OxaResult OxaZunicEnquirer::init(const std::string& channelName)
 
 OxaResult OxaZunicEnquirer::readData()
 {
-    auto copy = RegistryCopy::makePresent();
-    std::byte* const base = registryBase(mChannel);
-    auto* const mutex = addressIn<oxa_mutex>(base, cRegistryMutex);
-
-    if (oxa_mutex_lock(mutex) != 0) {
+    const auto copy = Channel::copyRegistry(mChannel);
+    if (copy == nullptr) {
         return OxaResult::cFailed;
     }
-    std::memcpy(&copy->tables, base + cRegistryTables, sizeof copy->tables);
-    oxa_mutex_unlock(mutex);
-
-    decodeCopy();
-    mCopy = std::move(copy);
+    Channel::decodeRegistry(copy->mTables, mInterfaces, mLinks, mCommunicators);
     return OxaResult::cOk;
-}
-
-void OxaZunicEnquirer::decodeCopy()
-{
-    if (mCopy != nullptr) {
-        decodeInterfaceTable(mCopy->tables, mInterfaces, mLinks);
-        decodeCommunicatorTable(mCopy->tables, mCommunicators);
-        mCopy.reset();
-    }
 }
 
 OxaResult OxaZunicEnquirer::startEnquirer()
@@ -79,25 +40,16 @@ OxaResult OxaZunicEnquirer::startEnquirer()
     }
     OxaResult result = createOutputDir();
     if (result == OxaResult::cOk) {
-        result = writeReports();
+        mTextWriter.setMessageStorage(Channel::messageStorage(mChannel), Channel::messages(mChannel));
+        mTextWriter.setMemoryDispatcher(Channel::memoryDispatcher(mChannel));
+        mTextWriter.setHistory(mHistory);
+        result = mTextWriter.writeData(mCommunicators, mInterfaces, mLinks);
+        if (mDotFile) {
+            result = mDotWriter.writeData(mCommunicators, mInterfaces, mLinks);
+        }
     }
     mTextWriter.setMessageStorage(nullptr, nullptr);
     mTextWriter.setMemoryDispatcher(nullptr);
-    return result;
-}
-
-OxaResult OxaZunicEnquirer::writeReports()
-{
-    mTextWriter.setMessageStorage(addressIn<oxa_zunic_message_storage>(registryBase(mChannel), cMessageStorage),
-                                  readAt<oxa_zunic_message*>(mChannel, cHandleMessages));
-    mTextWriter.setMemoryDispatcher(addressIn<oxa_zunic_memory_dispatcher_struct>(mChannel, cHandleMemoryDispatcher));
-    mTextWriter.setHistory(mHistory);
-    decodeCopy();
-
-    OxaResult result = mTextWriter.writeData(mCommunicators, mInterfaces, mLinks);
-    if (mDotFile) {
-        result = mDotWriter.writeData(mCommunicators, mInterfaces, mLinks);
-    }
     return result;
 }
 
@@ -126,14 +78,15 @@ OxaResult OxaZunicEnquirer::matchInterface(const std::string& interfaceName, con
     if (interfaceName.empty() && roleName.empty() && domainName.empty()) {
         return OxaResult::cObjectNotFound;
     }
-    const InterfaceFilter filter{interfaceName, roleName, domainName, useType ? std::optional(type) : std::nullopt,
-                                 useState ? std::optional(state) : std::nullopt};
-    if (!mInterfaces.empty()) {
-        decodeCopy(); // Whatever id an earlier reading had keeps the record that it had there.
-    }
-    const bool isFound = std::any_of(mInterfaces.begin(), mInterfaces.end(),
-                                     [&](const auto& entry) { return filter.fits(entry.second); }) ||
-                         (mCopy != nullptr && isAnyInterface(mCopy->tables, filter));
+    const auto isNoneOrEqual = [](const std::string& filter, const std::string& name) {
+        return filter.empty() || filter == name;
+    };
+    const bool isFound = std::any_of(mInterfaces.begin(), mInterfaces.end(), [&](const auto& entry) {
+        const auto& [id, info] = entry;
+        return isNoneOrEqual(interfaceName, info.mUuid.mInterfaceName) &&
+               isNoneOrEqual(roleName, info.mUuid.mRoleName) && isNoneOrEqual(domainName, info.mUuid.mDomainName) &&
+               (!useType || info.mUuid.mType == type) && (!useState || info.mRegistrationState == state);
+    });
     return isFound ? OxaResult::cOk : OxaResult::cObjectNotFound;
 }
 

@@ -1,19 +1,16 @@
 #ifndef ENQUIRER_OXA_ZUNIC_ENQUIRER_H
 #define ENQUIRER_OXA_ZUNIC_ENQUIRER_H
 
-#include "enquirer/record_types.h"
+#include "channel/record_types.h"
 #include "writer/dot/oxa_zunic_enquirer_interface_dot_file.h"
 #include "writer/text/oxa_zunic_enquirer_interface_text_file.h"
 
 #include "oxa/oxa_result.h"
 #include "oxa/oxa_zunic_communication_channel.h"
 
-#include <memory>
 #include <string>
 
 namespace Oxa {
-
-struct RegistryCopy;
 
 /// Attaches to a channel, takes one snapshot of its registry, and answers queries about it or writes the reports.
 ///
@@ -24,15 +21,14 @@ public:
     /// `history`: keep the previous message dump as a backup. `dotFile`: write the graph too.
     OxaZunicEnquirer(const std::string& outputDirectory, bool history, bool dotFile);
 
-    ~OxaZunicEnquirer();
-
     OxaZunicEnquirer(const OxaZunicEnquirer&) = delete;
     OxaZunicEnquirer& operator=(const OxaZunicEnquirer&) = delete;
 
     /// Attaches and takes the snapshot. cObjectInvalid: no usable channel of that name; else the result of `readData`.
     OxaResult init(const std::string& channelName);
 
-    /// Adds the registry of the attached channel to the snapshot. cFailed: the registry mutex could not be taken.
+    /// Adds the registry of the attached channel to the snapshot, which outlives the channel. cFailed: the registry
+    /// mutex could not be taken.
     OxaResult readData();
 
     /// Writes the reports. cNotInitialized: not attached; else the result of the last step that ran.
@@ -52,9 +48,6 @@ public:
                              OxaZunic::OxaZunicRegistrationState state);
 
 private:
-    OxaResult writeReports();
-    void decodeCopy();
-
     oxa_zunic_communication_channel* mChannel = nullptr;
     std::string mOutputDir;
     bool mHistory;
@@ -62,8 +55,6 @@ private:
     CommunicatorList mCommunicators;
     InterfaceMap mInterfaces;
     LinkMap mLinks;
-    /// What was last read, until a report needs it decoded: a query is answered sooner from the tables as they are.
-    std::unique_ptr<const RegistryCopy> mCopy;
     OxaZunicEnquirerInterfaceTextFile mTextWriter;
     OxaZunicEnquirerInterfaceDotFile mDotWriter;
 };

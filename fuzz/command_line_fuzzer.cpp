@@ -50,14 +50,14 @@ std::string describe(const OxaCommandLineOptionString& option)
 std::list<std::string> describe(const OptionTable& options)
 {
     std::list<std::string> description;
-    for (const OxaCommandLineOption* flag : {&options.noBackup, &options.dot, &options.consoleLog}) {
+    for (const OxaCommandLineOption* flag : {&options.mNoBackup, &options.mDot, &options.mConsoleLog}) {
         description.emplace_back(flag->isSet() ? "set" : "not set");
     }
-    for (const auto* option : {&options.outputDirectory, &options.interfaceName, &options.roleName, &options.domainName,
-                               &options.interfaceType, &options.registrationState}) {
+    for (const auto* option : {&options.mOutputDirectory, &options.mInterfaceName, &options.mRoleName,
+                               &options.mDomainName, &options.mInterfaceType, &options.mRegistrationState}) {
         description.push_back(describe(*option));
     }
-    require(options.channelName->getValues(description) == OxaResult::cOk, "the channel names can be had");
+    require(options.mChannelName->getValues(description) == OxaResult::cOk, "the channel names can be had");
     return description;
 }
 
@@ -70,10 +70,10 @@ void readCommandLine(std::string_view text)
 
     OptionTable options;
     const std::list<std::string> nothing = describe(options);
-    const OxaResult first = options.parser.parse(count, arguments.data());
+    const OxaResult first = options.mParser.parse(count, arguments.data());
     const std::list<std::string> read = describe(options);
     require(first == OxaResult::cOk || read == nothing, "nothing is set by a command line that is not acceptable");
-    const OxaResult second = options.parser.parse(count, arguments.data());
+    const OxaResult second = options.mParser.parse(count, arguments.data());
     require(first == second && read == describe(options), "a parser gives the same answer twice");
 
     Oxa::InterfaceInstanceType type{};

@@ -3,7 +3,7 @@
 
 #include "shortcuts.h"
 
-#include "enquirer/snapshot.h"
+#include "channel/registry_snapshot.h"
 #include "oxa/oxa_zunic_communication_channel.h"
 
 #include <cstddef>
@@ -21,15 +21,16 @@ constexpr std::size_t cRedZone = 4096;
 /// A huge page, which stays present. The sanitizer reports each access in front of the tables and behind them.
 std::byte* mapSnapshot()
 {
-    void* const mapped = mmap(nullptr, 3 * Oxa::cHugePage, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    void* const mapped =
+        mmap(nullptr, 3 * Channel::cHugePage, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (mapped == MAP_FAILED) {
         std::abort();
     }
-    std::byte* const page = static_cast<std::byte*>(mapped) + 2 * Oxa::cHugePage -
-                            reinterpret_cast<std::uintptr_t>(mapped) % Oxa::cHugePage;
-    madvise(page, Oxa::cHugePage, MADV_HUGEPAGE);
-    ASAN_POISON_MEMORY_REGION(page - cRedZone, cRedZone + sizeof(Oxa::RegistryCopy));
-    ASAN_UNPOISON_MEMORY_REGION(page, sizeof(Oxa::RegistryCopy::tables));
+    std::byte* const page = static_cast<std::byte*>(mapped) + 2 * Channel::cHugePage -
+                            reinterpret_cast<std::uintptr_t>(mapped) % Channel::cHugePage;
+    madvise(page, Channel::cHugePage, MADV_HUGEPAGE);
+    ASAN_POISON_MEMORY_REGION(page - cRedZone, cRedZone + sizeof(Channel::RegistryCopy));
+    ASAN_UNPOISON_MEMORY_REGION(page, sizeof(Channel::RegistryCopy::mTables));
     return page;
 }
 
@@ -96,7 +97,7 @@ void __real__ZdlPvSt11align_val_t(void* block, std::align_val_t alignment);
 
 void* __wrap__ZnwmSt11align_val_t(std::size_t size, std::align_val_t alignment)
 {
-    if (size != sizeof(Oxa::RegistryCopy) || isSnapshotTaken) {
+    if (size != sizeof(Channel::RegistryCopy) || isSnapshotTaken) {
         return __real__ZnwmSt11align_val_t(size, alignment);
     }
     isSnapshotTaken = true;

@@ -1,10 +1,10 @@
 #include "support/live_bus.h"
 #include "support/temporary_directory.h"
 
+#include "channel/channel_layout.h"
+#include "channel/registry_snapshot.h"
 #include "churn.h"
-#include "enquirer/channel_layout.h"
 #include "enquirer/oxa_zunic_enquirer.h"
-#include "enquirer/snapshot.h"
 
 #include <atomic>
 #include <cstring>
@@ -32,8 +32,8 @@ extern "C" int oxa_zunic_communication_channel_create(const char* name, oxa_zuni
         auto* const handle = reinterpret_cast<std::byte*>(*channel);
         std::byte* const registry = sharedMapping->registry();
         std::byte* const messages = sharedMapping->messages();
-        std::memcpy(handle + Oxa::ChannelLayout::cHandleRegistryBase, &registry, sizeof registry);
-        std::memcpy(handle + Oxa::ChannelLayout::cHandleMessages, &messages, sizeof messages);
+        std::memcpy(handle + Channel::cHandleRegistryBase, &registry, sizeof registry);
+        std::memcpy(handle + Channel::cHandleMessages, &messages, sizeof messages);
     }
     return result;
 }

@@ -88,4 +88,15 @@ TEST(Dlt, RegistersWithADaemonAndDoesTheSameWithoutOne)
     EXPECT_TRUE(daemon.awaitRegistrations(3));
 }
 
+/// Neither the call that keeps the library silent, nor the one that keeps it from waiting in the end, is there always.
+TEST(Dlt, WithALibraryThatLacksWhatIsNotNeeded)
+{
+    const LiveBus bus(SCENARIO_DIR "/small.json");
+    const std::string folder = std::filesystem::path(BARE_DLT).parent_path();
+    const ProgramResult result =
+        runEnquirer({"-l", "-i", "Clock", bus.channelName()}, {.environment = {{"LD_LIBRARY_PATH", folder}}});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.output + result.errors, "registered OZEN, printing\n");
+}
+
 } // namespace

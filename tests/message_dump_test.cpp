@@ -130,7 +130,7 @@ TEST_F(MessageDump, EndsOfAChain)
         std::string entries;
     } cases[] = {
         {0xFF800001, 0xFFFFFFFF, "data[0]1\nSender id: 30\n"}, // Indices have 23 bits.
-        {1, 1, "data[0]1\nSender id: 30\ndata[1]1\nSender id: 30\ndata[2]1\nSender id: 30\n"},
+        {1, 1, "data[0]1\nSender id: 30\n"},
         {1, cExternal, "data[0]1\nSender id: 30\nERROR: Invalid message index found 8388606\n"},
         {3, cNone, "ERROR: Invalid message index found 3\n"},
         {2, cNone, "ERROR: Invalid data entry found 2\n"},
@@ -145,12 +145,50 @@ TEST_F(MessageDump, EndsOfAChain)
 
 TEST_F(MessageDump, PositionsInAChainAreCountedInSixteenBits)
 {
-    constexpr std::uint32_t cSize = 65538;
+    constexpr std::uint32_t cSize = 65539;
     Slots slots(cSize);
     slots.put(0, {.dataIndex = 1});
-    slots.putData(1, 1);
-    EXPECT_THAT(dumped(slots, cSize), HasSubstr("\ndata[65535]1\nSender id: 30\ndata[0]1\nSender id: 30\n"
-                                                "data[1]1\nSender id: 30\nUser data size"));
+    for (std::uint32_t i = 1; i < cSize; ++i) {
+        slots.putData(i, i + 1 < cSize ? i + 1 : 2);
+    }
+    EXPECT_THAT(dumped(slots, cSize), HasSubstr("\ndata[65535]65536\nSender id: 30\ndata[0]65537\nSender id: 30\n"
+                                                "data[1]65538\nSender id: 30\nUser data size"));
+}
+
+TEST_F(MessageDump, EachChainIntoARingListsTheRingOnce)
+{
+    Slots slots(4);
+    slots.put(0, {.dataIndex = 2});
+    slots.put(1, {.dataIndex = 3});
+    slots.putData(2, 3);
+    slots.putData(3, 2);
+    const std::string text = dumped(slots, 4);
+    EXPECT_THAT(text, HasSubstr("\ndata[0]2\nSender id: 30\ndata[1]3\nSender id: 30\nUser data size"));
+    EXPECT_THAT(text, HasSubstr("\ndata[0]3\nSender id: 30\ndata[1]2\nSender id: 30\nUser data size"));
+}
+
+TEST_F(MessageDump, ChainsAreCutAfterSixteenTimesAsManyEntriesAsSlots)
+{
+    constexpr std::uint32_t cTail = 40;
+    constexpr std::uint32_t cSize = 2 * cTail;
+    Slots slots(cSize);
+    for (std::uint32_t i = 0; i < cTail; ++i) {
+        slots.putData(i, i + 1 < cTail ? i + 1 : cNone);
+        slots.put(cTail + i, {.dataIndex = 0});
+    }
+    const std::string text = dumped(slots, cSize);
+    const auto count = [&](const std::string& what) {
+        std::size_t found = 0;
+        for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) {
+            ++found;
+        }
+        return found;
+    };
+    // 32 messages list the whole tail, each of the other eight its first entry.
+    EXPECT_EQ(count("\ndata[0]0\n"), cTail);
+    EXPECT_EQ(count("\ndata[1]1\n"), 16 * cSize / cTail);
+    EXPECT_EQ(count("\ndata[39]39\n"), 16 * cSize / cTail);
+    EXPECT_EQ(count("User data size"), cTail);
 }
 
 TEST_F(MessageDump, IsCutOffInALineOfMoreThan199Characters)

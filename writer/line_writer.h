@@ -7,7 +7,7 @@
 #include <ostream>
 #include <string_view>
 
-namespace Oxa {
+namespace Writer {
 
 /// Ends a line and flushes the stream, as std::endl does.
 struct EndLine
@@ -74,6 +74,6 @@ private:
     std::size_t mSize = 0;
 };
 
-} // namespace Oxa
+} // namespace Writer
 
 #endif

@@ -1,7 +1,7 @@
 #ifndef WRITER_OXA_ZUNIC_ENQUIRER_WRITER_INTERFACE_H
 #define WRITER_OXA_ZUNIC_ENQUIRER_WRITER_INTERFACE_H
 
-#include "enquirer/record_types.h"
+#include "channel/record_types.h"
 
 #include "oxa/oxa_result.h"
 #include "oxa/oxa_zunic_function_storage.h"
@@ -17,7 +17,7 @@ class OxaZunicEnquirerWriterInterface
 {
 public:
     explicit OxaZunicEnquirerWriterInterface(const std::string& outputDirectory);
-    virtual ~OxaZunicEnquirerWriterInterface();
+    virtual ~OxaZunicEnquirerWriterInterface() = default;
 
     OxaZunicEnquirerWriterInterface(const OxaZunicEnquirerWriterInterface&) = delete;
     OxaZunicEnquirerWriterInterface& operator=(const OxaZunicEnquirerWriterInterface&) = delete;

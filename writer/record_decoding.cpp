@@ -1,6 +1,6 @@
 #include "writer/oxa_zunic_enquirer_writer_interface.h"
 
-#include "enquirer/channel_layout.h"
+#include "channel/function_names.h"
 
 namespace Oxa {
 
@@ -98,22 +98,10 @@ int OxaZunicEnquirerWriterInterface::decodeFunctionStorage(const OxaZunicInterfa
                                                            oxa_zunic_memory_dispatcher_struct* dispatcher,
                                                            std::list<std::string>& functions)
 {
-    using namespace ChannelLayout;
-
-    const oxa_zunic_range_location location{info.mFunctionStorageRangeLocation.mMemoryManagerIndex,
-                                            info.mFunctionStorageRangeLocation.mRangeIndex};
-    oxa_zunic_function_storage storage{};
-    const int mapped = oxa_zunic_function_storage_map(dispatcher, location, &storage);
-    if (mapped != 0 || !oxa_zunic_function_storage_is_valid(&storage)) {
-        return mapped;
-    }
-    const auto count = readAt<std::uint16_t>(readAt<const void*>(&storage, cFunctionStorageCount), 0);
-    const auto* const records = readAt<const std::byte*>(&storage, cFunctionStorageRecords);
-    const auto* const names = readAt<const char*>(&storage, cFunctionStorageNames);
-    for (std::size_t i = 0; i < count; ++i) {
-        const auto record = readAt<FunctionRecord>(records, i * sizeof(FunctionRecord));
-        std::string& line = functions.emplace_back("\t");
-        line.append(std::to_string(i)).append(" | ").append(names + record.nameOffset, record.nameLength);
+    std::vector<std::string_view> names;
+    const int mapped = Channel::readFunctionNames(dispatcher, info.mFunctionStorageRangeLocation, names);
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        functions.emplace_back("\t").append(std::to_string(i)).append(" | ").append(names[i]);
     }
     return mapped;
 }

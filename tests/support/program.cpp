@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
-#include <sstream>
 
 namespace TestSupport {
 
@@ -43,19 +42,6 @@ ForkedChild start(const std::vector<std::string>& words, const ProgramOptions& o
     return ForkedChild([&] { return become(words, options, caught); });
 }
 
-/// `text` without the lines that the DLT library writes.
-std::string withoutDltLines(const std::string& text)
-{
-    std::istringstream lines(text);
-    std::string kept;
-    for (std::string line; std::getline(lines, line);) {
-        if (line.find("~DLT~") == std::string::npos) {
-            kept += line + (lines.eof() ? "" : "\n");
-        }
-    }
-    return kept;
-}
-
 } // namespace
 
 Program::Program(const std::vector<std::string>& words, const ProgramOptions& options)
@@ -82,8 +68,7 @@ ProgramResult runEnquirer(const std::vector<std::string>& arguments, ProgramOpti
     std::vector<std::string> words = options.launcher;
     words.emplace_back(ENQUIRER_BINARY);
     words.insert(words.end(), arguments.begin(), arguments.end());
-    const ProgramResult result = runProgram(words, options);
-    return {result.status, withoutDltLines(result.output), withoutDltLines(result.errors)};
+    return runProgram(words, options);
 }
 
 } // namespace TestSupport

@@ -1,7 +1,7 @@
 #ifndef TESTS_SUPPORT_RECORDS_H
 #define TESTS_SUPPORT_RECORDS_H
 
-#include "enquirer/record_types.h"
+#include "channel/record_types.h"
 
 #include <string>
 #include <vector>

@@ -18,7 +18,11 @@ OxaResult OxaZunicEnquirerInterfaceDotFile::createCommunuicatorInterfaces(const 
     for (const OxaZunic::OxaZunicCommunicatorInformation& info : communicators) {
         mProcessCommunicators.emplace(info.mProcessId, info.mCommunicatorId);
     }
-    const NodeMap nodes = nodesByCommunicator(interfaces);
+    std::string applicationName;
+    NodeMap nodes;
+    for (const auto& [id, info] : interfaces) {
+        nodes.emplace(info.mCommunicatorId, decodeInterface(info, "type") + std::to_string(id) + ";");
+    }
     std::uint32_t cluster = 0;
     for (auto process = mProcessCommunicators.begin(); process != mProcessCommunicators.end();) {
         const auto end = mProcessCommunicators.upper_bound(process->first);
@@ -29,7 +33,7 @@ OxaResult OxaZunicEnquirerInterfaceDotFile::createCommunuicatorInterfaces(const 
                 *out << std::endl;
                 *out << "   subgraph cluster_" << cluster + cInnerClusterOffset << "  {" << std::endl;
             }
-            writeCluster(out, process->first, process->second, nodes);
+            writeCluster(out, process->first, process->second, nodes, applicationName);
             if (hasSeveral && std::next(process) == end) {
                 *out << "}" << std::endl;
                 *out << std::endl;
@@ -41,25 +45,15 @@ OxaResult OxaZunicEnquirerInterfaceDotFile::createCommunuicatorInterfaces(const 
     return mProcessCommunicators.empty() ? OxaResult::cFailed : OxaResult::cOk;
 }
 
-OxaZunicEnquirerInterfaceDotFile::NodeMap
-OxaZunicEnquirerInterfaceDotFile::nodesByCommunicator(const InterfaceMap& interfaces)
-{
-    NodeMap nodes;
-    for (const auto& [id, info] : interfaces) {
-        nodes.emplace(info.mCommunicatorId, decodeInterface(info, "type") + std::to_string(id) + ";");
-    }
-    return nodes;
-}
-
 /// Writes what stands inside the braces of a communicator's cluster, and the closing one.
 void OxaZunicEnquirerInterfaceDotFile::writeCluster(std::ofstream* out, std::uint32_t processId,
-                                                    std::uint16_t communicatorId, const NodeMap& nodes)
+                                                    std::uint16_t communicatorId, const NodeMap& nodes,
+                                                    std::string& applicationName)
 {
     *out << "   style=filled;" << std::endl;
     *out << "   color=lightgrey;" << std::endl;
     *out << "   node [style=filled,color=white];" << std::endl;
     *out << R"(   label = "Comunicator #)" << communicatorId << " - ProcessId : " << processId;
-    std::string applicationName;
     if (get_app_name(processId, applicationName) == OxaResult::cOk) {
         *out << " - AppName : " << applicationName;
     }

@@ -8,8 +8,6 @@ OxaZunicEnquirerInterfaceDotFile::OxaZunicEnquirerInterfaceDotFile(const std::st
     mOutputFilePath = mOutputDir + "/interfaces_communicators_info.dot";
 }
 
-OxaZunicEnquirerInterfaceDotFile::~OxaZunicEnquirerInterfaceDotFile() = default;
-
 OxaResult OxaZunicEnquirerInterfaceDotFile::writeData(const CommunicatorList& communicators,
                                                       const InterfaceMap& interfaces, LinkMap& links)
 {

@@ -7,15 +7,20 @@ namespace Oxa {
 void OxaZunicEnquirerInterfaceDotFile::showLinks(const InterfaceMap& interfaces, std::ofstream* out, LinkMap& links)
 {
     *out << std::endl;
-    LineWriter edges(*out);
+    Writer::LineWriter edges(*out);
     for (const auto& [id, info] : interfaces) {
+        mColor = "black";
+        const std::string skeleton = "->Skeleton" + std::to_string(id);
         const bool isRequired = decodeInterface(info, "RegistrationState") == "Required";
-        mColor = isRequired ? "blue" : "black";
-        const char* const attributes = isRequired ? "[style = dotted, color=\"" : "[color=\"";
-        const std::string edgeEnd = "->Skeleton" + std::to_string(id) + attributes + mColor + "\"]";
         const auto [first, last] = links.equal_range(id);
         for (auto link = first; link != last; ++link) {
-            edges << "Stub" << link->second << edgeEnd << endLine;
+            edges << "Stub" << link->second << skeleton;
+            if (isRequired) {
+                mColor = "blue";
+                edges << "[style = dotted, color=\"" << mColor << "\"]" << Writer::endLine;
+            } else {
+                edges << "[color=\"" << mColor << "\"]" << Writer::endLine;
+            }
         }
     }
 }

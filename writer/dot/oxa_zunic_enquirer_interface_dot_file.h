@@ -16,7 +16,6 @@ class OxaZunicEnquirerInterfaceDotFile : public OxaZunicEnquirerWriterInterface
 {
 public:
     explicit OxaZunicEnquirerInterfaceDotFile(const std::string& outputDirectory);
-    ~OxaZunicEnquirerInterfaceDotFile() override;
 
     OxaResult writeData(const CommunicatorList& communicators, const InterfaceMap& interfaces, LinkMap& links) override;
 
@@ -41,8 +40,8 @@ private:
     /// From the id of a communicator to the nodes of its interfaces, such as "Stub7;".
     using NodeMap = std::multimap<std::uint16_t, std::string>;
 
-    NodeMap nodesByCommunicator(const InterfaceMap& interfaces);
-    void writeCluster(std::ofstream* out, std::uint32_t processId, std::uint16_t communicatorId, const NodeMap& nodes);
+    void writeCluster(std::ofstream* out, std::uint32_t processId, std::uint16_t communicatorId, const NodeMap& nodes,
+                      std::string& applicationName);
 
     std::multimap<std::uint32_t, std::uint16_t> mProcessCommunicators;
     std::string mColor;

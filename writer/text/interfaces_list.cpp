@@ -1,6 +1,9 @@
-#include "writer/text/connections.h"
+#include "channel/channel_layout.h"
+#include "writer/line_writer.h"
 #include "writer/text/oxa_zunic_enquirer_interface_text_file.h"
+#include "writer/text/report_index.h"
 
+#include <algorithm>
 #include <limits>
 #include <list>
 #include <set>
@@ -9,21 +12,49 @@ namespace Oxa {
 
 using OxaZunic::OxaZunicInterfaceInformation;
 
+namespace {
+
+/// A line for each link from and to the interface `id`, in the order of the LinkMap: first the links to it that lower
+/// ids hold, then its own, then those that higher ids hold.
+void writeConnections(const Writer::ReportIndex& index, const LinkMap& links, std::uint16_t id, std::ostream& out)
+{
+    Writer::LineWriter lines(out);
+    const auto writeLine = [&](const char* label, std::uint16_t connected) {
+        if (const std::string* const name = index.nameOf(connected)) {
+            lines << label << *name << Writer::endLine;
+        }
+    };
+    const auto writeSkeleton = [&](std::uint16_t holder) { writeLine("Connected Skeleton: ", holder); };
+
+    const auto holders = index.holdersOf(id);
+    const auto lowerEnd = std::lower_bound(holders.begin(), holders.end(), id);
+    std::for_each(holders.begin(), lowerEnd, writeSkeleton);
+    const auto [ownBegin, ownEnd] = links.equal_range(id);
+    for (auto link = ownBegin; link != ownEnd; ++link) {
+        if (link->second == id) {
+            writeSkeleton(id);
+        }
+        writeLine("Connected Stub: ", link->second);
+    }
+    std::for_each(std::upper_bound(lowerEnd, holders.end(), id), holders.end(), writeSkeleton);
+}
+
+} // namespace
+
 OxaResult OxaZunicEnquirerInterfaceTextFile::writeInterfacesFile(const InterfaceMap& interfaces, std::ofstream* out,
                                                                  LinkMap& links)
 {
     OxaResult result = OxaResult::cFailed;
-    const Connections connections(interfaces, links);
     std::set<std::uint16_t> communicatorIds;
     createHeader(out, "INTERFACES LIST     ");
     for (const auto& [id, info] : interfaces) {
         result = OxaResult::cOk;
-        if (info.mCommunicatorId != ChannelLayout::cNoCommunicator) {
+        if (info.mCommunicatorId != Channel::cNoCommunicator) {
             communicatorIds.insert(info.mCommunicatorId);
         }
         writeInterfaceBlock(info, out);
         showAvailableFunctions(info, out);
-        connections.write(*out, info.mInterfaceId);
+        showConnectedInterfaces(interfaces, info.mInterfaceId, out, links);
         *out << std::endl;
     }
     *out << "\n\nNumber of communicator threads running: " << communicatorIds.size() << "\n\n";
@@ -39,7 +70,7 @@ void OxaZunicEnquirerInterfaceTextFile::writeInterfaceBlock(const OxaZunicInterf
     *out << "Type:   " << decodeInterface(info, "type") << std::endl;
     *out << "Version:   " << decodeInterface(info, "version") << std::endl;
     *out << "InterfaceId:  " << decodeInterface(info, "InterfaceId") << std::endl;
-    if (info.mCommunicatorId == ChannelLayout::cNoCommunicator) {
+    if (info.mCommunicatorId == Channel::cNoCommunicator) {
         *out << "CommunicatorId:  n/a\n";
     } else {
         *out << "CommunicatorId:  " << decodeInterface(info, "CommunicatorId") << std::endl;
@@ -65,9 +96,12 @@ void OxaZunicEnquirerInterfaceTextFile::showConnectedInterfaces(const InterfaceM
                                                                 std::uint32_t interfaceId, std::ofstream* out,
                                                                 LinkMap& links)
 {
-    if (interfaceId <= std::numeric_limits<std::uint16_t>::max()) {
-        Connections(interfaces, links).write(*out, static_cast<std::uint16_t>(interfaceId));
+    if (interfaceId > std::numeric_limits<std::uint16_t>::max()) {
+        return;
     }
+    const bool isIndexed = mIndex != nullptr && mIndex->isOf(interfaces) && mIndex->isOf(links);
+    const auto index = isIndexed ? mIndex : std::make_shared<const Writer::ReportIndex>(interfaces, links);
+    writeConnections(*index, links, static_cast<std::uint16_t>(interfaceId), *out);
 }
 
 } // namespace Oxa

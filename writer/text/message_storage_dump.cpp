@@ -1,5 +1,5 @@
+#include "channel/data_chains.h"
 #include "writer/line_writer.h"
-#include "writer/text/message_slots.h"
 #include "writer/text/oxa_zunic_enquirer_interface_text_file.h"
 
 #include <algorithm>
@@ -9,20 +9,12 @@
 
 namespace Oxa {
 
-using namespace ChannelLayout;
+using namespace Channel;
 
 namespace {
 
-constexpr std::uint16_t cFirstSenderId = 1;
-constexpr std::uint16_t cLastSenderId = 1023;
-
 /// Readers of the dump know its lines to be no longer: the first one that is longer is cut, and ends the dump.
 constexpr std::size_t cLongestLine = 199;
-
-bool isSender(std::uint16_t id)
-{
-    return id >= cFirstSenderId && id <= cLastSenderId;
-}
 
 void writeStorageHeader(std::ostream& scratch, const oxa_zunic_message_storage& storage, std::uint32_t storageSize)
 {
@@ -88,38 +80,34 @@ OxaZunicEnquirerInterfaceTextFile::SlotTotals
 OxaZunicEnquirerInterfaceTextFile::writeSlotAccounts(std::ostream& file, const MessageSlots& slots,
                                                      const InterfaceMap& interfaces)
 {
-    const std::vector<bool> isRegistered = registeredReceivers(interfaces);
-    LineWriter scratch(file);
+    Writer::LineWriter scratch(file);
+    DataChains chains(slots);
     SlotTotals totals;
-    totals.free = slots.size() - slots.readable();
+    totals.mFree = slots.size() - slots.readable();
     for (std::uint32_t i = 0; i < slots.readable(); ++i) {
         const SlotHead head = slots.head(i);
-        switch (head.state) {
+        switch (head.mState) {
         case eSlotStateReserved:
-            ++totals.reserved;
+            ++totals.mReserved;
             scratch << "Message slot number " << i << " is marked as RESERVED\n";
-            scratch << "Sender id: " << head.senderId << "\n";
+            scratch << "Sender id: " << head.mSenderId << "\n";
             break;
         case eSlotStateData:
-            ++totals.data;
+            ++totals.mData;
             scratch << "Message slot number " << i << " is DATA\n";
-            scratch << "Sender id: " << head.senderId << "\n" << cSlotSeparator;
+            scratch << "Sender id: " << head.mSenderId << "\n" << cSlotSeparator;
             break;
         case eSlotStateWritten:
-            ++totals.written;
+            ++totals.mWritten;
             scratch << "Message slot number " << i << " is marked as currently WRITTEN\n";
-            writeMessageAccount(scratch, slots, i, head.senderId, isRegistered);
+            writeMessageAccount(scratch, slots, chains, i, head.mSenderId, interfaces);
             break;
         case eSlotStateMessage:
-            if (isSender(head.senderId)) {
-                scratch << "Message slot number " << i << "\n";
-                writeMessageAccount(scratch, slots, i, head.senderId, isRegistered);
-            } else {
-                ++totals.free;
-            }
+            scratch << "Message slot number " << i << "\n";
+            writeMessageAccount(scratch, slots, chains, i, head.mSenderId, interfaces);
             break;
-        default:
-            ++totals.free;
+        case eSlotStateFree:
+            ++totals.mFree;
         }
     }
     return totals;
@@ -133,11 +121,11 @@ void OxaZunicEnquirerInterfaceTextFile::buildMessagesFile(std::uint32_t storageS
         messages.open(mMessagesFilePath, std::ios::out | std::ios::trunc);
     }
     if (messages.is_open() && scratch.is_open()) {
-        messages << "The message queue currently contains " << storageSize - totals.free << " messages\n";
-        messages << "The total number of FREE messages is: " << totals.free << "\n";
-        messages << "The total number of DATA messages is: " << totals.data << "\n";
-        messages << "The total number of RESERVED messages is: " << totals.reserved << "\n";
-        messages << "The total number of WRITTEN messages is: " << totals.written << "\n";
+        messages << "The message queue currently contains " << storageSize - totals.mFree << " messages\n";
+        messages << "The total number of FREE messages is: " << totals.mFree << "\n";
+        messages << "The total number of DATA messages is: " << totals.mData << "\n";
+        messages << "The total number of RESERVED messages is: " << totals.mReserved << "\n";
+        messages << "The total number of WRITTEN messages is: " << totals.mWritten << "\n";
         messages << "\n";
         copyLines(scratch, messages);
     } else {

@@ -1,20 +1,28 @@
 #ifndef WRITER_TEXT_OXA_ZUNIC_ENQUIRER_INTERFACE_TEXT_FILE_H
 #define WRITER_TEXT_OXA_ZUNIC_ENQUIRER_INTERFACE_TEXT_FILE_H
 
-#include "enquirer/channel_layout.h"
+#include "channel/channel_layout.h"
 #include "writer/oxa_zunic_enquirer_writer_interface.h"
 
 #include <cstdint>
 #include <fstream>
+#include <memory>
 #include <ostream>
 #include <string>
 #include <utility>
 #include <vector>
 
-namespace Oxa {
-
-class LineWriter;
+namespace Channel {
+class DataChains;
 class MessageSlots;
+} // namespace Channel
+
+namespace Writer {
+class LineWriter;
+class ReportIndex;
+} // namespace Writer
+
+namespace Oxa {
 
 /// Writes the text report (interfaces, communicators, memory managers) and the dump of the message storage.
 ///
@@ -26,14 +34,17 @@ public:
     using ReceiverList = std::vector<std::pair<std::uint16_t, bool>>;
 
     explicit OxaZunicEnquirerInterfaceTextFile(const std::string& outputDirectory);
-    ~OxaZunicEnquirerInterfaceTextFile() override;
 
     /// What these point to stays the channel's, and has to stay mapped until it is set to null again.
-    void setMessageStorage(oxa_zunic_message_storage* storage, oxa_zunic_message* messages);
-    void setMemoryDispatcher(oxa_zunic_memory_dispatcher_struct* dispatcher);
+    void setMessageStorage(oxa_zunic_message_storage* storage, oxa_zunic_message* messages)
+    {
+        mMessageStorage = storage;
+        mMessages = messages;
+    }
+    void setMemoryDispatcher(oxa_zunic_memory_dispatcher_struct* dispatcher) { mMemoryDispatcher = dispatcher; }
 
     /// Whether the previous message dump is kept, with ".bak" appended to its name.
-    void setHistory(bool history);
+    void setHistory(bool history) { mHistory = history; }
 
     OxaResult writeData(const CommunicatorList& communicators, const InterfaceMap& interfaces, LinkMap& links) override;
 
@@ -47,7 +58,7 @@ public:
     /// cFailed when there are no interfaces.
     OxaResult writeInterfacesFile(const InterfaceMap& interfaces, std::ofstream* out, LinkMap& links);
     void showAvailableFunctions(const OxaZunic::OxaZunicInterfaceInformation& info, std::ofstream* out);
-    /// Of one interface. The list of all of them writes the same, and goes through the links only once.
+    /// Outside of `writeData` each call goes through all links.
     void showConnectedInterfaces(const InterfaceMap& interfaces, std::uint32_t interfaceId, std::ofstream* out,
                                  LinkMap& links);
 
@@ -65,27 +76,34 @@ public:
     bool zunicIsReceiverInterfaceRegistered(std::uint16_t interfaceId, const InterfaceMap& interfaces);
 
 private:
+    /// Ends the account of a slot: two empty lines, a rule and an empty line.
+    static constexpr auto cSlotSeparator =
+        "\n\n----------------------------------------------------------------------------\n\n";
+
     struct SlotTotals
     {
-        std::uint32_t free = 0;
-        std::uint32_t data = 0;
-        std::uint32_t reserved = 0;
-        std::uint32_t written = 0;
+        std::uint32_t mFree = 0;
+        std::uint32_t mData = 0;
+        std::uint32_t mReserved = 0;
+        std::uint32_t mWritten = 0;
     };
 
     void writeInterfaceBlock(const OxaZunic::OxaZunicInterfaceInformation& info, std::ofstream* out);
 
-    SlotTotals writeSlotAccounts(std::ostream& file, const MessageSlots& slots, const InterfaceMap& interfaces);
-    void writeMessageAccount(LineWriter& scratch, const MessageSlots& slots, std::uint32_t index,
-                             std::uint16_t senderId, const std::vector<bool>& isRegistered);
-    /// Of every interface id, whether it is registered: looked up once and not for every message.
-    std::vector<bool> registeredReceivers(const InterfaceMap& interfaces);
+    SlotTotals writeSlotAccounts(std::ostream& file, const Channel::MessageSlots& slots,
+                                 const InterfaceMap& interfaces);
+    void writeMessageAccount(Writer::LineWriter& scratch, const Channel::MessageSlots& slots,
+                             Channel::DataChains& chains, std::uint32_t index, std::uint16_t senderId,
+                             const InterfaceMap& interfaces);
+    void writeReceivers(Writer::LineWriter& scratch, const oxa_zunic_receiver_bitfield_struct& receivers,
+                        const InterfaceMap& interfaces);
     void buildMessagesFile(std::uint32_t storageSize, const SlotTotals& totals);
 
     bool mHistory = false;
     oxa_zunic_message_storage* mMessageStorage = nullptr;
     oxa_zunic_message* mMessages = nullptr;
     oxa_zunic_memory_dispatcher_struct* mMemoryDispatcher = nullptr;
+    std::shared_ptr<const Writer::ReportIndex> mIndex; ///< of the containers that `writeData` is writing
 };
 
 } // namespace Oxa

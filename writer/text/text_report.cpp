@@ -1,4 +1,5 @@
 #include "writer/text/oxa_zunic_enquirer_interface_text_file.h"
+#include "writer/text/report_index.h"
 
 #include <cstdio>
 
@@ -12,25 +13,6 @@ OxaZunicEnquirerInterfaceTextFile::OxaZunicEnquirerInterfaceTextFile(const std::
     mTempFilePath = mOutputDir + "/temp.txt";
 }
 
-OxaZunicEnquirerInterfaceTextFile::~OxaZunicEnquirerInterfaceTextFile() = default;
-
-void OxaZunicEnquirerInterfaceTextFile::setMessageStorage(oxa_zunic_message_storage* storage,
-                                                          oxa_zunic_message* messages)
-{
-    mMessageStorage = storage;
-    mMessages = messages;
-}
-
-void OxaZunicEnquirerInterfaceTextFile::setMemoryDispatcher(oxa_zunic_memory_dispatcher_struct* dispatcher)
-{
-    mMemoryDispatcher = dispatcher;
-}
-
-void OxaZunicEnquirerInterfaceTextFile::setHistory(bool history)
-{
-    mHistory = history;
-}
-
 OxaResult OxaZunicEnquirerInterfaceTextFile::writeData(const CommunicatorList& communicators,
                                                        const InterfaceMap& interfaces, LinkMap& links)
 {
@@ -38,6 +20,7 @@ OxaResult OxaZunicEnquirerInterfaceTextFile::writeData(const CommunicatorList& c
     if (result != OxaResult::cOk) {
         return result;
     }
+    mIndex = std::make_shared<const Writer::ReportIndex>(interfaces, links);
     result = writeInterfacesFile(interfaces, &mOutputFile, links);
     if (result == OxaResult::cOk) {
         result = writeCommunicatorsFile(communicators, &mOutputFile);
@@ -46,6 +29,7 @@ OxaResult OxaZunicEnquirerInterfaceTextFile::writeData(const CommunicatorList& c
         printMessageInfo(interfaces);
         printMemoryInfo(&mOutputFile);
     }
+    mIndex.reset();
     std::printf("path %s\n", mOutputFilePath.c_str());
     mOutputFile.close();
     return result;

@@ -1,5 +1,5 @@
-#ifndef ENQUIRER_RECORD_TYPES_H
-#define ENQUIRER_RECORD_TYPES_H
+#ifndef CHANNEL_RECORD_TYPES_H
+#define CHANNEL_RECORD_TYPES_H
 
 #include <cstdint>
 #include <map>
@@ -38,12 +38,18 @@ enum InterfaceInstanceType : std::uint32_t
 };
 
 /// States 0 to 3 keep their number, every other one becomes eOxaZunicRegistrationStateUnknown.
-OxaZunic::OxaZunicRegistrationState convertRegistrationState(oxa_zunic_registration_state state);
+inline OxaZunic::OxaZunicRegistrationState convertRegistrationState(oxa_zunic_registration_state state)
+{
+    return state > oxa_zunic_registration_state_preregistered ? OxaZunic::eOxaZunicRegistrationStateUnknown
+                                                              : static_cast<OxaZunic::OxaZunicRegistrationState>(state);
+}
 
 struct Version
 {
     Version() = default;
-    Version(const std::uint32_t& major, const std::uint32_t& minor, const std::uint32_t& revision);
+    Version(const std::uint32_t& major, const std::uint32_t& minor, const std::uint32_t& revision)
+        : mMajor(major), mMinor(minor), mRevision(revision)
+    {}
     bool operator==(const Version& other) const = default;
 
     std::uint32_t mMajor = 0;
@@ -56,7 +62,9 @@ struct UUID
 {
     UUID() = default;
     UUID(const std::string& interfaceName, const std::string& roleName, const std::string& domainName,
-         const InterfaceInstanceType& type, const Version& version);
+         const InterfaceInstanceType& type, const Version& version)
+        : mInterfaceName(interfaceName), mRoleName(roleName), mDomainName(domainName), mType(type), mVersion(version)
+    {}
     bool operator==(const UUID& other) const = default;
 
     std::string mInterfaceName;
@@ -74,7 +82,9 @@ namespace OxaZunic {
 struct OxaZunicRangeLocation
 {
     OxaZunicRangeLocation() = default;
-    OxaZunicRangeLocation(const std::uint16_t& memoryManagerIndex, const std::uint16_t& rangeIndex);
+    OxaZunicRangeLocation(const std::uint16_t& memoryManagerIndex, const std::uint16_t& rangeIndex)
+        : mMemoryManagerIndex(memoryManagerIndex), mRangeIndex(rangeIndex)
+    {}
     bool operator==(const OxaZunicRangeLocation& other) const = default;
 
     std::uint16_t mMemoryManagerIndex = 0;
@@ -87,7 +97,13 @@ struct OxaZunicInterfaceInformation
     OxaZunicInterfaceInformation() = default;
     OxaZunicInterfaceInformation(const Oxa::UUID& uuid, const std::uint16_t& communicatorId,
                                  const std::uint16_t& interfaceId, const OxaZunicRegistrationState& state,
-                                 const OxaZunicRangeLocation& rangeLocation);
+                                 const OxaZunicRangeLocation& rangeLocation)
+        : mUuid(uuid),
+          mCommunicatorId(communicatorId),
+          mInterfaceId(interfaceId),
+          mRegistrationState(state),
+          mFunctionStorageRangeLocation(rangeLocation)
+    {}
     bool operator==(const OxaZunicInterfaceInformation& other) const = default;
 
     Oxa::UUID mUuid;
@@ -102,7 +118,9 @@ struct OxaZunicCommunicatorInformation
 {
     OxaZunicCommunicatorInformation() = default;
     OxaZunicCommunicatorInformation(const std::uint16_t& communicatorId, const std::uint32_t& processId,
-                                    const OxaZunicRegistrationState& state);
+                                    const OxaZunicRegistrationState& state)
+        : mCommunicatorId(communicatorId), mProcessId(processId), mRegistrationState(state)
+    {}
     bool operator==(const OxaZunicCommunicatorInformation& other) const = default;
 
     std::uint16_t mCommunicatorId = 0;

@@ -1,20 +1,27 @@
-#ifndef WRITER_TEXT_MESSAGE_SLOTS_H
-#define WRITER_TEXT_MESSAGE_SLOTS_H
+#ifndef CHANNEL_MESSAGE_SLOTS_H
+#define CHANNEL_MESSAGE_SLOTS_H
 
-#include "enquirer/channel_layout.h"
+#include "channel/channel_layout.h"
 
 #include <cstdint>
 
-namespace Oxa {
-
-/// Ends the account of a slot: two empty lines, a rule and an empty line.
-constexpr auto cSlotSeparator = "\n\n----------------------------------------------------------------------------\n\n";
+namespace Channel {
 
 /// State and sender of a message slot, which share one word.
 struct SlotHead
 {
-    std::uint8_t state;     ///< 0 to 15, see ChannelLayout::SlotState
-    std::uint16_t senderId; ///< 0 to 4095
+    SlotState mState = eSlotStateFree;
+    std::uint16_t mSenderId = 0; ///< 0 to 4095
+};
+
+/// What a slot says beside its state and its sender.
+struct SlotFields
+{
+    oxa_zunic_receiver_bitfield_struct mReceivers;
+    std::uint16_t mWriterCounter;
+    std::uint32_t mDataIndex;    ///< of the first data entry; cNoDataEntry and cExternalDataEntry name none
+    std::uint32_t mUserDataSize; ///< bits a second
+    OxaZunic::OxaZunicRangeLocation mExternal; ///< where an external data entry lies
 };
 
 /// The message slots of a channel, read in place while other processes may be changing them: each call loads the
@@ -32,12 +39,9 @@ public:
     std::uint32_t readable() const { return mReadable; }
 
     SlotHead head(std::uint32_t index) const;
-    std::uint16_t writerCounter(std::uint32_t index) const;
+    SlotFields fields(std::uint32_t index) const;
+    /// Of a data entry: the slot of the next one.
     std::uint32_t dataIndex(std::uint32_t index) const;
-    oxa_zunic_receiver_bitfield_struct receivers(std::uint32_t index) const;
-    std::uint32_t userDataSize(std::uint32_t index) const;
-    std::uint16_t externalManagerIndex(std::uint32_t index) const;
-    std::uint16_t externalRangeIndex(std::uint32_t index) const;
 
 private:
     const oxa_zunic_message* mSlots;
@@ -45,6 +49,6 @@ private:
     std::uint32_t mReadable;
 };
 
-} // namespace Oxa
+} // namespace Channel
 
 #endif

@@ -1,8 +1,13 @@
-#ifndef ENQUIRER_CHANNEL_LAYOUT_H
-#define ENQUIRER_CHANNEL_LAYOUT_H
+#ifndef CHANNEL_CHANNEL_LAYOUT_H
+#define CHANNEL_CHANNEL_LAYOUT_H
 
-#include "enquirer/record_types.h"
+#include "channel/record_types.h"
 
+#include "oxa/oxa_mutex.h"
+#include "oxa/oxa_zunic_communication_channel.h"
+#include "oxa/oxa_zunic_function_storage.h"
+
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -41,15 +46,12 @@ struct oxa_zunic_message
     unsigned char unread3[40];
 };
 
-static_assert(sizeof(oxa_zunic_receiver_bitfield_struct) == 128);
 static_assert(offsetof(oxa_zunic_message_storage, storage_size) == 48);
-static_assert(sizeof(oxa_zunic_message) == 448);
-static_assert(offsetof(oxa_zunic_message, receivers) == 8);
-static_assert(offsetof(oxa_zunic_message, user_data_size) == 392);
-static_assert(offsetof(oxa_zunic_message, memory_manager_index) == 404);
-static_assert(offsetof(oxa_zunic_message, range_index) == 406);
+static_assert(offsetof(oxa_zunic_message, receivers) == 8 && offsetof(oxa_zunic_message, user_data_size) == 392 &&
+              offsetof(oxa_zunic_message, memory_manager_index) == 404 &&
+              offsetof(oxa_zunic_message, range_index) == 406 && sizeof(oxa_zunic_message) == 448);
 
-namespace Oxa::ChannelLayout {
+namespace Channel {
 
 constexpr std::size_t cNameSize = 256;
 constexpr std::size_t cTableSize = 1024;
@@ -59,57 +61,50 @@ constexpr std::uint16_t cNoCommunicator = 4096;
 
 struct InterfaceEntry
 {
-    char interfaceName[cNameSize];
-    char roleName[cNameSize];
-    char domainName[cNameSize];
-    InterfaceInstanceType type;
-    std::uint16_t version[3];
-    unsigned char unread1[2];
-    std::uint16_t communicatorId;
-    std::uint16_t interfaceId;
-    oxa_zunic_registration_state state;
-    unsigned char unread2[12];
-    oxa_zunic_receiver_bitfield_struct receivers;
-    std::uint16_t functionStorageManagerIndex;
-    std::uint16_t functionStorageRangeIndex;
-    unsigned char unread3[20];
+    char mInterfaceName[cNameSize];
+    char mRoleName[cNameSize];
+    char mDomainName[cNameSize];
+    Oxa::InterfaceInstanceType mType;
+    std::uint16_t mVersion[3];
+    unsigned char mUnread1[2];
+    std::uint16_t mCommunicatorId;
+    std::uint16_t mInterfaceId;
+    oxa_zunic_registration_state mState;
+    unsigned char mUnread2[12];
+    oxa_zunic_receiver_bitfield_struct mReceivers;
+    std::uint16_t mFunctionStorageManagerIndex;
+    std::uint16_t mFunctionStorageRangeIndex;
+    unsigned char mUnread3[20];
 };
 
 struct CommunicatorEntry
 {
-    std::uint32_t processId;
-    std::uint16_t communicatorId;
-    unsigned char unread1[2];
-    oxa_zunic_registration_state state;
-    unsigned char unread2[212];
+    std::uint32_t mProcessId;
+    std::uint16_t mCommunicatorId;
+    unsigned char mUnread1[2];
+    oxa_zunic_registration_state mState;
+    unsigned char mUnread2[212];
 };
 
 /// What the registry mutex guards.
 struct RegistryTables
 {
-    InterfaceEntry interfaces[cTableSize];
-    CommunicatorEntry communicators[cTableSize];
+    InterfaceEntry mInterfaces[cTableSize];
+    CommunicatorEntry mCommunicators[cTableSize];
 };
 
-static_assert(sizeof(InterfaceEntry) == 952);
-static_assert(offsetof(InterfaceEntry, roleName) == 256);
-static_assert(offsetof(InterfaceEntry, domainName) == 512);
-static_assert(offsetof(InterfaceEntry, type) == 768);
-static_assert(offsetof(InterfaceEntry, version) == 772);
-static_assert(offsetof(InterfaceEntry, communicatorId) == 780);
-static_assert(offsetof(InterfaceEntry, interfaceId) == 782);
-static_assert(offsetof(InterfaceEntry, state) == 784);
-static_assert(offsetof(InterfaceEntry, receivers) == 800);
-static_assert(offsetof(InterfaceEntry, functionStorageManagerIndex) == 928);
-static_assert(sizeof(CommunicatorEntry) == 224);
-static_assert(offsetof(CommunicatorEntry, state) == 8);
+static_assert(offsetof(InterfaceEntry, mType) == 768 && offsetof(InterfaceEntry, mVersion) == 772 &&
+              offsetof(InterfaceEntry, mCommunicatorId) == 780 && offsetof(InterfaceEntry, mInterfaceId) == 782 &&
+              offsetof(InterfaceEntry, mState) == 784 && offsetof(InterfaceEntry, mReceivers) == 800 &&
+              offsetof(InterfaceEntry, mFunctionStorageManagerIndex) == 928 && sizeof(InterfaceEntry) == 952);
+static_assert(offsetof(CommunicatorEntry, mState) == 8 && sizeof(CommunicatorEntry) == 224);
 
 // Offsets in the registry region.
 constexpr std::size_t cRegistryTables = 8;
 constexpr std::size_t cRegistryMutex = 0x126008;
 constexpr std::size_t cMessageStorage = 0x126038;
 
-static_assert(cRegistryTables + offsetof(RegistryTables, communicators) == 0xEE008);
+static_assert(cRegistryTables + offsetof(RegistryTables, mCommunicators) == 0xEE008);
 static_assert(cRegistryTables + sizeof(RegistryTables) == cRegistryMutex);
 
 // Offsets in the channel handle.
@@ -130,21 +125,26 @@ constexpr std::size_t cFunctionStorageNames = 56;
 
 struct FunctionRecord
 {
-    std::uint32_t unread;
-    std::uint32_t nameOffset;
-    std::uint32_t nameLength; ///< in bytes; the name has no terminating NUL
+    std::uint32_t mUnread;
+    std::uint32_t mNameOffset;
+    std::uint32_t mNameLength; ///< in bytes; the name has no terminating NUL
 };
 
 static_assert(sizeof(FunctionRecord) == 12);
 
-/// Values of the low four bits of a slot's first word; every other one means free.
+/// Values of the low four bits of a slot's first word; every other one means free, too.
 enum SlotState : std::uint8_t
 {
+    eSlotStateFree = 0,
     eSlotStateReserved = 1,
     eSlotStateWritten = 2,
-    eSlotStateMessage = 3,
+    eSlotStateMessage = 3, ///< free all the same, unless the sender's id is one that an interface can have
     eSlotStateData = 4
 };
+
+/// Sender ids of a message that is there to be read.
+constexpr std::uint16_t cFirstSenderId = 1;
+constexpr std::uint16_t cLastSenderId = 1023;
 
 /// The part of a slot's data_index that is an index.
 constexpr std::uint32_t cDataIndexMask = 0x7FFFFF;
@@ -163,6 +163,36 @@ Value readAt(const void* base, std::size_t offset)
     return value;
 }
 
+// Where the parts of an attached channel lie in this process. They are the channel's: nobody frees them, and they are
+// there until the channel is destroyed.
+
+inline std::byte* registryBase(oxa_zunic_communication_channel* channel)
+{
+    return readAt<std::byte*>(channel, cHandleRegistryBase);
+}
+
+inline oxa_mutex* registryMutex(oxa_zunic_communication_channel* channel)
+{
+    return reinterpret_cast<oxa_mutex*>(registryBase(channel) + cRegistryMutex);
+}
+
+inline oxa_zunic_message_storage* messageStorage(oxa_zunic_communication_channel* channel)
+{
+    return reinterpret_cast<oxa_zunic_message_storage*>(registryBase(channel) + cMessageStorage);
+}
+
+/// The first of the message slots.
+inline oxa_zunic_message* messages(oxa_zunic_communication_channel* channel)
+{
+    return readAt<oxa_zunic_message*>(channel, cHandleMessages);
+}
+
+inline oxa_zunic_memory_dispatcher_struct* memoryDispatcher(oxa_zunic_communication_channel* channel)
+{
+    auto* const handle = reinterpret_cast<std::byte*>(channel);
+    return reinterpret_cast<oxa_zunic_memory_dispatcher_struct*>(handle + cHandleMemoryDispatcher);
+}
+
 /// Loads, exactly once, a field that other processes may be changing.
 template <typename Value>
 Value loadShared(const Value& field)
@@ -178,8 +208,17 @@ inline std::string_view nameIn(const char (&field)[cNameSize])
 
 inline bool isInUse(const InterfaceEntry& entry)
 {
-    return entry.state == oxa_zunic_registration_state_registered ||
-           entry.state == oxa_zunic_registration_state_preregistered;
+    return entry.mState == oxa_zunic_registration_state_registered ||
+           entry.mState == oxa_zunic_registration_state_preregistered;
+}
+
+inline std::size_t countReceivers(const oxa_zunic_receiver_bitfield_struct& receivers)
+{
+    std::size_t count = 0;
+    for (const std::uint64_t word : receivers.words) {
+        count += static_cast<std::size_t>(std::popcount(word));
+    }
+    return count;
 }
 
 /// Calls `visit` with each id of the set, in ascending order.
@@ -189,12 +228,12 @@ void forEachReceiver(const oxa_zunic_receiver_bitfield_struct& receivers, Visito
     std::uint16_t firstId = 0;
     for (std::uint64_t word : receivers.words) {
         for (; word != 0; word &= word - 1) {
-            visit(static_cast<std::uint16_t>(firstId + __builtin_ctzll(word)));
+            visit(static_cast<std::uint16_t>(firstId + std::countr_zero(word)));
         }
         firstId = static_cast<std::uint16_t>(firstId + 64);
     }
 }
 
-} // namespace Oxa::ChannelLayout
+} // namespace Channel
 
 #endif

@@ -1,0 +1,48 @@
+#ifndef CHANNEL_MEMORY_MANAGERS_H
+#define CHANNEL_MEMORY_MANAGERS_H
+
+#include "channel/channel_layout.h"
+
+#include <cstddef>
+#include <cstdint>
+
+namespace Channel {
+
+/// What a memory manager says about its pool, in blocks but for their size.
+struct MemoryManagerFigures
+{
+    std::uint64_t mBlockSize = 0; ///< bytes
+    std::uint64_t mInitialBlocks = 0;
+    std::uint64_t mAdditionalBlocks = 0; ///< that an enlargement adds
+    std::uint64_t mTotalBlocks = 0;
+    std::uint64_t mUsedBlocks = 0;
+
+    bool operator==(const MemoryManagerFigures& other) const = default;
+};
+
+/// The memory managers of a channel, read in place while other processes use them.
+class MemoryManagers
+{
+public:
+    /// `dispatcher` is the channel's, and not null.
+    explicit MemoryManagers(const oxa_zunic_memory_dispatcher_struct* dispatcher)
+        : mDispatcher(dispatcher), mManagers(readAt<std::byte*>(dispatcher, cDispatcherManagers))
+    {}
+
+    /// False when the dispatcher has no array of managers.
+    bool isPresent() const { return mManagers != nullptr; }
+
+    /// Read anew with each call: managers may be added meanwhile.
+    std::uint32_t count() const { return readAt<std::uint32_t>(mDispatcher, cDispatcherManagerCount); }
+
+    /// Of the manager `index`, below `count`. What a failing manager does not tell stays 0.
+    MemoryManagerFigures figures(std::size_t index) const;
+
+private:
+    const oxa_zunic_memory_dispatcher_struct* mDispatcher;
+    std::byte* mManagers;
+};
+
+} // namespace Channel
+
+#endif

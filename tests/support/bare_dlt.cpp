@@ -1,0 +1,22 @@
+// The least that the tool asks of libdlt, and nothing that came with later versions of it.
+#include <cstdio>
+
+// NOLINTBEGIN(readability-identifier-naming)
+extern "C" {
+
+int dlt_check_library_version(const char* /*major*/, const char* /*minor*/)
+{
+    return 0;
+}
+
+int dlt_register_app(const char* application, const char* /*description*/)
+{
+    return std::printf("registered %s", application);
+}
+
+int dlt_enable_local_print()
+{
+    return std::printf(", printing\n");
+}
+}
+// NOLINTEND(readability-identifier-naming)
