@@ -21,6 +21,7 @@ struct DataEntry
 {
     std::uint32_t mIndex;
     std::uint16_t mSenderId;
+    bool operator==(const DataEntry& other) const = default;
 };
 
 /// The data entries of one message.
@@ -29,6 +30,7 @@ struct DataChain
     std::vector<DataEntry> mEntries;
     ChainEnd mEnd = ChainEnd::eWhole;
     std::uint32_t mNextIndex = 0; ///< where the chain would have gone on, unless it is whole
+    bool operator==(const DataChain& other) const = default;
 };
 
 /// Follows the chains of a channel's messages, each entry of a chain once. An honest storage has no more entries in all

@@ -16,7 +16,6 @@ struct MemoryManagerFigures
     std::uint64_t mAdditionalBlocks = 0; ///< that an enlargement adds
     std::uint64_t mTotalBlocks = 0;
     std::uint64_t mUsedBlocks = 0;
-
     bool operator==(const MemoryManagerFigures& other) const = default;
 };
 

@@ -1,0 +1,35 @@
+#ifndef INSPECT_STATE_TAKE_STATE_H
+#define INSPECT_STATE_TAKE_STATE_H
+
+#include "inspect/state/bus_state.h"
+
+#include <stdexcept>
+#include <string>
+
+namespace Inspect {
+
+/// There is no usable channel of that name, or its registry mutex could not be taken; `what` says so in one line.
+class NoChannel : public std::runtime_error
+{
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// What of a state is to be filled in beside where and when, interfaces and communicators. The rest stays empty: who
+/// does not look at the messages does not pay for sixty thousand slots.
+struct Wanted
+{
+    bool mFunctions = false;
+    bool mProcesses = false;
+    bool mMemoryManagers = false;
+    bool mMessages = false;
+
+    static constexpr Wanted everything() { return {true, true, true, true}; }
+};
+
+/// Attaches to the channel, takes its state, and detaches. Throws NoChannel.
+BusState takeState(const std::string& channel, const Wanted& wanted);
+
+} // namespace Inspect
+
+#endif
