@@ -57,14 +57,13 @@ void addCommand(CLI::App& app, const Command& command, Run& chosen)
 }
 
 /// None when the command line asked for help or the version, which have then been printed.
-Run readCommandLine(int argc, char** argv)
+Run readCommandLine(CLI::App& app, int argc, char** argv)
 {
-    CLI::App app("Looks into a Zunic bus that is in use, or into the saved state of one.", "zunic_inspect");
     app.formatter(std::make_shared<HelpFormatter>(cExamples));
     app.footer(std::string("zunic_inspect COMMAND --help tells more.\n\n") + cExitStatuses);
     app.set_version_flag("--version", std::string("zunic_inspect ") + ZUNIC_INSPECT_VERSION,
                          "Show the version and exit");
-    app.require_subcommand(1);
+    app.require_subcommand(0, 1);
     Run chosen;
     for (const Command* const command : commands()) {
         addCommand(app, *command, chosen);
@@ -76,6 +75,9 @@ Run readCommandLine(int argc, char** argv)
         return nullptr;
     } catch (const CLI::ParseError& error) {
         throw UsageMistake(firstLine(error.what()) + " (see --help)");
+    }
+    if (!chosen) {
+        throw UsageMistake("which command? (see --help)");
     }
     return chosen;
 }
@@ -97,7 +99,8 @@ ExitStatus afterFailedWrite(int error)
 
 ExitStatus answer(int argc, char** argv)
 {
-    const Run run = readCommandLine(argc, argv);
+    CLI::App app("Looks into a Zunic bus that is in use, or into the saved state of one.", "zunic_inspect");
+    const Run run = readCommandLine(app, argc, argv);
     const ExitStatus status = run ? run(std::cout) : eExitYes;
     std::cout.flush();
     return status;
@@ -116,6 +119,7 @@ ExitStatus runCommandLine(int argc, char** argv)
     std::setlocale(LC_CTYPE, "");
     std::ios::sync_with_stdio(false);
     std::cout.exceptions(std::ios::badbit | std::ios::failbit);
+    std::cerr.tie(nullptr); // What cannot be written shall not keep us from saying so.
     try {
         return answer(argc, argv);
     } catch (const UsageMistake& mistake) {

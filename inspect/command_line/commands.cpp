@@ -1,10 +1,15 @@
 #include "inspect/command_line/command.h"
+#include "inspect/list/list.h"
+#include "inspect/show/show.h"
+#include "inspect/wait/wait.h"
+
+#include <array>
 
 namespace Inspect {
 
 namespace {
 
-constexpr std::array<const Command*, 0> cCommands{};
+constexpr std::array cCommands{&cListCommand, &cShowCommand, &cWaitCommand};
 
 } // namespace
 

@@ -19,6 +19,13 @@ public:
         return "Examples:\n" + mExamples + "\n" + CLI::Formatter::make_description(app);
     }
 
+    /// What does not go together is told when it is tried.
+    std::string make_option_opts(const CLI::Option* option) const override
+    {
+        const std::string value = option->get_type_name();
+        return option->get_items_expected_max() == 0 || value.empty() ? "" : " " + value;
+    }
+
 private:
     std::string mExamples;
 };

@@ -1,7 +1,5 @@
 #include "inspect/table/table.h"
 
-#include "inspect/table/printable.h"
-
 #include <cstdlib>
 #include <libsmartcols.h>
 #include <new>
@@ -32,6 +30,8 @@ void check(int result)
 int flagsOf(Kind kind)
 {
     switch (kind) {
+    case Kind::eWord:
+        return 0;
     case Kind::eNumber:
         return SCOLS_FL_RIGHT;
     case Kind::eTree:
@@ -42,10 +42,10 @@ int flagsOf(Kind kind)
     return SCOLS_FL_TRUNC;
 }
 
-/// The text of a cell of a table; one that reads like an empty one is told from it.
-std::string textOf(const std::string& bytes)
+/// One that reads like an empty one is told from it.
+std::string textOf(const Cell& cell)
 {
-    return bytes == cNothing ? "\\x2d" : printable(bytes);
+    return cell.mBytes == cNothing ? "\\x2d" : printable(cell.mBytes, cell.mBlanks);
 }
 
 } // namespace
@@ -87,7 +87,7 @@ Table::Line Table::addBranch(const std::vector<Cell>& cells, Line parent)
 
 void Table::fill(Line line, std::size_t column, const Cell& cell, const char* absent)
 {
-    const std::string text = cell.mBytes.empty() ? absent : textOf(cell.mBytes);
+    const std::string text = cell.mBytes.empty() ? absent : textOf(cell);
     check(scols_line_set_data(line, column, text.c_str()));
     if (cell.mColor != nullptr) {
         check(scols_cell_set_color(checked(scols_line_get_cell(line, column)), cell.mColor));
@@ -99,7 +99,11 @@ std::string Table::text() const
     char* printed = nullptr;
     check(scols_print_table_to_string(mTable.get(), &printed));
     const std::unique_ptr<char, decltype(&std::free)> owned(printed, std::free);
-    return printed == nullptr ? "" : printed;
+    std::string text = printed == nullptr ? "" : printed;
+    if (!text.empty() && !text.ends_with('\n')) {
+        text += '\n';
+    }
+    return text;
 }
 
 } // namespace Inspect

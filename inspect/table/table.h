@@ -1,6 +1,8 @@
 #ifndef INSPECT_TABLE_TABLE_H
 #define INSPECT_TABLE_TABLE_H
 
+#include "inspect/table/printable.h"
+
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -13,7 +15,8 @@ namespace Inspect {
 
 enum class Kind : std::uint8_t
 {
-    eText,
+    eText,   ///< cut where the terminal ends
+    eWord,   ///< short, and of use only when it is whole
     eNumber, ///< to the right
     eTree    ///< its lines hang below each other
 };
@@ -27,9 +30,10 @@ struct Heading
 /// What stands in a cell.
 struct Cell
 {
-    std::string mBytes; ///< of any kind: the table makes them printable
-    /// As libsmartcols names it, such as "red"; null for none.
-    const char* mColor = nullptr;
+    std::string mBytes;           ///< of any kind: the table makes them printable
+    const char* mColor = nullptr; ///< as libsmartcols names it, such as "red"; null for none
+    /// Blanks are kept in texts of ours only: a name with blanks would pass for several cells.
+    Blanks mBlanks = Blanks::eEscaped;
 };
 
 /// How tables are shown; the command line's choice.
@@ -49,7 +53,7 @@ public:
 
     /// As many cells as there are headings. An empty one shows as "-", so that each line has as many words as columns.
     Line addLine(const std::vector<Cell>& cells);
-    /// In a tree. Cells may lack at the end of the line; those, and empty ones, stay empty.
+    /// In a tree. Cells may lack at the end; those, and empty ones, stay empty.
     Line addBranch(const std::vector<Cell>& cells, Line parent = nullptr);
 
     /// Ends with a newline, unless there is not one line.
