@@ -25,11 +25,11 @@ OxaResult OxaZunicEnquirer::init(const std::string& channelName)
 
 OxaResult OxaZunicEnquirer::readData()
 {
-    const auto copy = Channel::copyRegistry(mChannel);
+    const Channel::RegistryCopy copy = Channel::copyRegistry(mChannel);
     if (copy == nullptr) {
         return OxaResult::cFailed;
     }
-    Channel::decodeRegistry(copy->mTables, mInterfaces, mLinks, mCommunicators);
+    Channel::decodeRegistry(*copy, mInterfaces, mLinks, mCommunicators);
     return OxaResult::cOk;
 }
 

@@ -1,7 +1,4 @@
-#include "channel/channel_layout.h"
-#include "writer/line_writer.h"
 #include "writer/text/oxa_zunic_enquirer_interface_text_file.h"
-#include "writer/text/report_index.h"
 
 #include <algorithm>
 #include <limits>

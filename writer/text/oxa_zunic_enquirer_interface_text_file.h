@@ -1,9 +1,12 @@
 #ifndef WRITER_TEXT_OXA_ZUNIC_ENQUIRER_INTERFACE_TEXT_FILE_H
 #define WRITER_TEXT_OXA_ZUNIC_ENQUIRER_INTERFACE_TEXT_FILE_H
 
-#include "channel/channel_layout.h"
+#include "channel/data_chains.h"
+#include "writer/line_writer.h"
 #include "writer/oxa_zunic_enquirer_writer_interface.h"
+#include "writer/text/report_index.h"
 
+#include <array>
 #include <cstdint>
 #include <fstream>
 #include <memory>
@@ -11,16 +14,6 @@
 #include <string>
 #include <utility>
 #include <vector>
-
-namespace Channel {
-class DataChains;
-class MessageSlots;
-} // namespace Channel
-
-namespace Writer {
-class LineWriter;
-class ReportIndex;
-} // namespace Writer
 
 namespace Oxa {
 
@@ -80,13 +73,7 @@ private:
     static constexpr auto cSlotSeparator =
         "\n\n----------------------------------------------------------------------------\n\n";
 
-    struct SlotTotals
-    {
-        std::uint32_t mFree = 0;
-        std::uint32_t mData = 0;
-        std::uint32_t mReserved = 0;
-        std::uint32_t mWritten = 0;
-    };
+    using SlotTotals = std::array<std::uint32_t, Channel::cSlotStates>; ///< by state
 
     void writeInterfaceBlock(const OxaZunic::OxaZunicInterfaceInformation& info, std::ofstream* out);
 

@@ -1,5 +1,4 @@
 #include "writer/text/oxa_zunic_enquirer_interface_text_file.h"
-#include "writer/text/report_index.h"
 
 #include <cstdio>
 
