@@ -80,11 +80,17 @@ void OxaZunicEnquirerInterfaceTextFile::showAvailableFunctions(const OxaZunicInt
                                                                std::ofstream* out)
 {
     std::list<std::string> functions;
-    if (decodeFunctionStorage(info, mMemoryDispatcher, functions) != 0 || functions.empty()) {
+    if (decodeFunctionStorage(info, mMemoryDispatcher, functions) != 0 || functions.empty() ||
+        mFunctionBytesLeft == 0) {
         return;
     }
     *out << "Available functions [id | name]:" << std::endl;
     for (const std::string& function : functions) {
+        if (function.size() > mFunctionBytesLeft) {
+            mFunctionBytesLeft = 0;
+            return;
+        }
+        mFunctionBytesLeft -= function.size();
         *out << function << std::endl;
     }
 }

@@ -119,8 +119,7 @@ void OxaZunicEnquirerInterfaceTextFile::buildMessagesFile(std::uint32_t storageS
         messages << "The total number of FREE messages is: " << totals[eSlotStateFree] << "\n";
         messages << "The total number of DATA messages is: " << totals[eSlotStateData] << "\n";
         messages << "The total number of RESERVED messages is: " << totals[eSlotStateReserved] << "\n";
-        messages << "The total number of WRITTEN messages is: " << totals[eSlotStateWritten] << "\n";
-        messages << "\n";
+        messages << "The total number of WRITTEN messages is: " << totals[eSlotStateWritten] << "\n\n";
         copyLines(scratch, messages);
     } else {
         std::printf("Error opening the output file\n");

@@ -2,6 +2,7 @@
 #define WRITER_TEXT_OXA_ZUNIC_ENQUIRER_INTERFACE_TEXT_FILE_H
 
 #include "channel/data_chains.h"
+#include "channel/function_names.h"
 #include "writer/line_writer.h"
 #include "writer/oxa_zunic_enquirer_writer_interface.h"
 #include "writer/text/report_index.h"
@@ -90,7 +91,8 @@ private:
     oxa_zunic_message_storage* mMessageStorage = nullptr;
     oxa_zunic_message* mMessages = nullptr;
     oxa_zunic_memory_dispatcher_struct* mMemoryDispatcher = nullptr;
-    std::shared_ptr<const Writer::ReportIndex> mIndex; ///< of the containers that `writeData` is writing
+    std::size_t mFunctionBytesLeft = Channel::cMostFunctionNameBytes; ///< of one report
+    std::shared_ptr<const Writer::ReportIndex> mIndex;                ///< of the containers that `writeData` is writing
 };
 
 } // namespace Oxa

@@ -19,6 +19,7 @@ OxaResult OxaZunicEnquirerInterfaceTextFile::writeData(const CommunicatorList& c
     if (result != OxaResult::cOk) {
         return result;
     }
+    mFunctionBytesLeft = Channel::cMostFunctionNameBytes;
     mIndex = std::make_shared<const Writer::ReportIndex>(interfaces, links);
     result = writeInterfacesFile(interfaces, &mOutputFile, links);
     if (result == OxaResult::cOk) {
