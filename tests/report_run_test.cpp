@@ -123,29 +123,6 @@ TEST_F(ReportRun, TakesTheLastOutputDirectoryAsItIsGiven)
     EXPECT_THAT(mDirectory.entries(), ElementsAre("out"));
 }
 
-TEST_F(ReportRun, FailsWhereTheDirectoryCannotBeMade)
-{
-    for (const std::string name : {"missing/out", ""}) {
-        const ProgramResult result = run({"-o", name});
-        EXPECT_EQ(result.status, ENOENT);
-        EXPECT_EQ(result.output, "");
-        EXPECT_EQ(result.errors, "Error creating output directory (No such file or directory)\n");
-    }
-    EXPECT_THAT(mDirectory.entries(), testing::IsEmpty());
-}
-
-TEST_F(ReportRun, GraphIsDrawnByGraphviz)
-{
-    EXPECT_EQ(run({"-d", "-o", "."}).status, 0);
-    const ProgramResult drawn = runProgram({DOT_BINARY, "-Tsvg", mDirectory / cGraph});
-    EXPECT_EQ(drawn.status, 0);
-    EXPECT_EQ(drawn.errors, "");
-    const std::string& picture = drawn.output;
-    for (const char* const text : {"Comunicator #7", "Traffic", "Legend", "Stub5&#45;&gt;Skeleton1"}) {
-        EXPECT_THAT(picture, testing::HasSubstr(text));
-    }
-}
-
 TEST(FullScenario, GraphIsAcceptedByGraphviz)
 {
     const TemporaryDirectory directory;
