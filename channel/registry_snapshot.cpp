@@ -43,7 +43,7 @@ void addLinks(const InterfaceEntry& entry, Oxa::LinkMap& links)
 
 } // namespace
 
-RegistryCopy copyRegistry(oxa_zunic_communication_channel* channel)
+RegistryCopy copyRegistry(oxa_zunic_communication_channel* channel, std::chrono::nanoseconds* held)
 {
     RegistryCopy copy = makePresentCopy();
     const std::byte* const tables = registryBase(channel) + cRegistryTables;
@@ -51,8 +51,13 @@ RegistryCopy copyRegistry(oxa_zunic_communication_channel* channel)
     if (oxa_mutex_lock(mutex) != 0) {
         return {};
     }
+    const auto begin = std::chrono::steady_clock::now();
     std::memcpy(copy.get(), tables, sizeof *copy);
+    const auto end = std::chrono::steady_clock::now();
     oxa_mutex_unlock(mutex);
+    if (held != nullptr) {
+        *held = end - begin;
+    }
     return copy;
 }
 

@@ -6,6 +6,7 @@
 
 #include "oxa/oxa_zunic_communication_channel.h"
 
+#include <chrono>
 #include <cstddef>
 #include <memory>
 #include <memory_resource>
@@ -23,8 +24,8 @@ struct GiveBack
 using RegistryCopy = std::unique_ptr<RegistryTables, GiveBack>;
 
 /// Copies the registry of an attached channel under its mutex, which is held for the copy and no longer.
-/// Null when the mutex could not be taken.
-RegistryCopy copyRegistry(oxa_zunic_communication_channel* channel);
+/// Null when the mutex could not be taken. Puts into `held` how long it was.
+RegistryCopy copyRegistry(oxa_zunic_communication_channel* channel, std::chrono::nanoseconds* held = nullptr);
 
 /// Adds every interface in use to `interfaces`, of several with one id only the first, the links of all to `links`, and
 /// every communicator in use to `communicators`.
@@ -39,9 +40,6 @@ class SnapshotMemory
 public:
     SnapshotMemory() { std::pmr::set_default_resource(&mResource); }
     ~SnapshotMemory() { std::pmr::set_default_resource(nullptr); }
-
-    SnapshotMemory(const SnapshotMemory&) = delete;
-    SnapshotMemory& operator=(const SnapshotMemory&) = delete;
 
 private:
     static constexpr std::size_t cSize = std::size_t{1} << 21;
