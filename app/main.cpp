@@ -1,4 +1,5 @@
 #include "app/oxa_zunic_enquirer_app_main.h"
+#include "channel/registry_snapshot.h"
 
 #include <dlt/dlt_common.h>
 #include <fcntl.h>
@@ -36,6 +37,7 @@ int main(int argc, char** argv)
     openStandardStreams();
     quietenDlt();
     try {
+        const Channel::SnapshotMemory memory;
         return OxaZunicEnquirerAppMain(argc, argv);
     } catch (...) {
         std::cerr << "ERROR: Unhandled exception in main(), aborting!" << std::endl;

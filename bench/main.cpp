@@ -62,16 +62,17 @@ void measureHolds()
 
 void measureQueries(const Folder& folder)
 {
-    const std::pair<std::string, std::string> references[] = {
-        {"the DLT calls alone", DLT_ONLY_BINARY},
-        {"the same, linked as the tool", DLT_ONLY_LINKED_ALIKE_BINARY},
-    };
     for (const std::uint16_t links : {cSomeLinks, cAllLinks}) {
+        const std::pair<std::string, std::vector<std::string>> references[] = {
+            {"the DLT calls alone", {DLT_ONLY_BINARY}},
+            {"the same, linked as the tool", {DLT_ONLY_LINKED_ALIKE_BINARY}},
+            {"the same, and bare containers", {BARE_CONTAINERS_BINARY, std::to_string(links)}},
+        };
         const auto channel = hostFullChannel(links, cFewSlots);
         const Command query = toolCommand(folder, {"-i", interfaceName(512), channel.name()});
-        for (const auto& [name, binary] : references) {
-            const Command reference{.words = {binary}, .environment = query.environment};
-            const Medians medians = compare(query, reference, 301);
+        for (const auto& [name, words] : references) {
+            const Command reference{.words = words, .environment = query.environment};
+            const Medians medians = compare(query, reference, links == cAllLinks ? 51 : 301);
             printRow("query, " + std::to_string(links) + " links each", medians.ours.wall, name, medians.reference.wall,
                      "ms");
         }

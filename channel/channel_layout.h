@@ -141,6 +141,7 @@ enum SlotState : std::uint8_t
     eSlotStateMessage = 3, ///< free all the same, unless the sender's id is one that an interface can have
     eSlotStateData = 4
 };
+constexpr std::size_t cSlotStates = 5;
 
 /// Sender ids of a message that is there to be read.
 constexpr std::uint16_t cFirstSenderId = 1;

@@ -3,6 +3,8 @@
 
 #include "channel/channel_layout.h"
 
+#include "oxa/oxa_memory_manager.h"
+
 #include <cstddef>
 #include <cstdint>
 
@@ -35,7 +37,15 @@ public:
     std::uint32_t count() const { return readAt<std::uint32_t>(mDispatcher, cDispatcherManagerCount); }
 
     /// Of the manager `index`, below `count`. What a failing manager does not tell stays 0.
-    MemoryManagerFigures figures(std::size_t index) const;
+    MemoryManagerFigures figures(std::size_t index) const
+    {
+        std::byte* const manager = mManagers + index * cManagerEntrySize + cManagerInEntry;
+        MemoryManagerFigures figures;
+        oxa_memory_manager_get_memory_block_status(reinterpret_cast<oxa_memory_manager*>(manager), &figures.mBlockSize,
+                                                   &figures.mInitialBlocks, &figures.mAdditionalBlocks,
+                                                   &figures.mTotalBlocks, &figures.mUsedBlocks);
+        return figures;
+    }
 
 private:
     const oxa_zunic_memory_dispatcher_struct* mDispatcher;

@@ -1,57 +1,36 @@
 #include "channel/message_slots.h"
 
 #include <algorithm>
-#include <array>
-#include <cerrno>
 #include <iterator>
-#include <sys/uio.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 namespace Channel {
 
 namespace {
 
-/// Pages asked for in one call, the most that the kernel takes.
-constexpr std::size_t cBatch = 1024;
-
-/// Copies one byte of each of `count` pages, and returns how many of them, from the first, could be read.
-std::size_t readablePages(std::uintptr_t firstPage, std::size_t count, std::size_t pageSize)
+/// Brings the pages of these bytes into their places. False when one of them cannot be read.
+bool isReadable(std::uintptr_t begin, std::size_t size)
 {
-    std::array<char, cBatch> bytes;
-    std::array<iovec, cBatch> pages;
-    for (std::size_t i = 0; i < count; ++i) {
-        // NOLINTNEXTLINE(performance-no-int-to-ptr): reckoned in numbers, as there may be nothing to point to.
-        pages[i] = {reinterpret_cast<void*>(firstPage + i * pageSize), 1};
-    }
-    const iovec target{bytes.data(), count};
-    const ssize_t copied = process_vm_readv(getpid(), &target, 1, pages.data(), count, 0);
-    if (copied < 0) {
-        return errno == EFAULT ? 0 : count;
-    }
-    return static_cast<std::size_t>(copied);
+    const std::size_t intoPage = begin % static_cast<std::size_t>(getpagesize());
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): reckoned in numbers, as there may be nothing to point to.
+    return madvise(reinterpret_cast<void*>(begin - intoPage), intoPage + size, MADV_POPULATE_READ) == 0;
 }
 
-/// How many of the `size` bytes from `start` on can be read without a fault. The kernel is asked, page by page; where
-/// it does not offer that service, the answer is `size`.
-std::size_t readableBytes(const void* start, std::size_t size)
+/// How many of the slots, from the first, can be read without a fault; all where the kernel does not answer.
+std::uint32_t countReadable(const oxa_zunic_message* slots, std::uint32_t count)
 {
-    const auto pageSize = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
-    const auto begin = reinterpret_cast<std::uintptr_t>(start);
-    const std::uintptr_t firstPage = begin - begin % pageSize;
-    const std::size_t pageCount = (begin - firstPage + size + pageSize - 1) / pageSize;
-
-    std::size_t readable = 0;
-    while (readable < pageCount) {
-        const std::size_t asked = std::min(cBatch, pageCount - readable);
-        const std::size_t answered = readablePages(firstPage + readable * pageSize, asked, pageSize);
-        readable += answered;
-        if (answered < asked) {
-            break;
-        }
+    const auto begin = reinterpret_cast<std::uintptr_t>(slots);
+    if (count == 0 || isReadable(begin, count * sizeof *slots) ||
+        !isReadable(reinterpret_cast<std::uintptr_t>(&count), 1)) {
+        return count;
     }
-    const std::size_t end = readable * pageSize;
-    const std::size_t offset = begin - firstPage;
-    return end <= offset ? 0 : std::min(size, end - offset);
+    std::uint32_t readable = 0;
+    for (std::uint32_t tooMany = count; tooMany - readable > 1;) {
+        const std::uint32_t middle = readable + (tooMany - readable) / 2;
+        (isReadable(begin, middle * sizeof *slots) ? readable : tooMany) = middle;
+    }
+    return readable;
 }
 
 SlotState stateOf(unsigned code, std::uint16_t senderId)
@@ -71,9 +50,7 @@ SlotState stateOf(unsigned code, std::uint16_t senderId)
 } // namespace
 
 MessageSlots::MessageSlots(const oxa_zunic_message_storage& storage, const oxa_zunic_message* slots)
-    : mSlots(slots),
-      mSize(loadShared(storage.storage_size)),
-      mReadable(static_cast<std::uint32_t>(readableBytes(slots, mSize * sizeof *slots) / sizeof *slots))
+    : mSlots(slots), mSize(loadShared(storage.storage_size)), mReadable(countReadable(slots, mSize))
 {}
 
 SlotHead MessageSlots::head(std::uint32_t index) const

@@ -40,8 +40,7 @@ public:
 
     SlotHead head(std::uint32_t index) const;
     SlotFields fields(std::uint32_t index) const;
-    /// Of a data entry: the slot of the next one.
-    std::uint32_t dataIndex(std::uint32_t index) const;
+    std::uint32_t dataIndex(std::uint32_t index) const; ///< of a data entry: the slot of the next one
 
 private:
     const oxa_zunic_message* mSlots;

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <map>
+#include <memory_resource>
 #include <string>
 #include <vector>
 
@@ -133,13 +134,13 @@ struct OxaZunicCommunicatorInformation
 namespace Oxa {
 
 /// The interfaces by their id, which is the order of every report.
-using InterfaceMap = std::map<std::uint16_t, OxaZunic::OxaZunicInterfaceInformation>;
+using InterfaceMap = std::pmr::map<std::uint16_t, OxaZunic::OxaZunicInterfaceInformation>;
 
 /// The communicators in the order of the channel's table.
 using CommunicatorList = std::vector<OxaZunic::OxaZunicCommunicatorInformation>;
 
 /// From the id of an interface to the id of each interface in its receiver set.
-using LinkMap = std::multimap<std::uint16_t, std::uint16_t>;
+using LinkMap = std::pmr::multimap<std::uint16_t, std::uint16_t>;
 
 } // namespace Oxa
 

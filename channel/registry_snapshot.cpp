@@ -2,20 +2,22 @@
 
 #include <cstring>
 #include <sys/mman.h>
+#include <unistd.h>
 
 namespace Channel {
 
 namespace {
 
-/// One with all pages in their places: writing it does not involve the system.
-std::unique_ptr<RegistryCopy> makePresentCopy()
+/// With all pages in their places: writing it does not involve the system.
+RegistryCopy makePresentCopy()
 {
-    auto copy = std::make_unique_for_overwrite<RegistryCopy>();
-    madvise(copy.get(), sizeof *copy, MADV_HUGEPAGE);
-    if (madvise(copy.get(), sizeof copy->mTables, MADV_POPULATE_WRITE) != 0) {
-        std::memset(&copy->mTables, 0, sizeof copy->mTables);
+    GiveBack giveBack;
+    auto* const tables = giveBack.mMemory.allocate_object<RegistryTables>();
+    const std::size_t intoPage = reinterpret_cast<std::uintptr_t>(tables) % static_cast<std::size_t>(getpagesize());
+    if (madvise(reinterpret_cast<std::byte*>(tables) - intoPage, intoPage + sizeof *tables, MADV_POPULATE_WRITE) != 0) {
+        std::memset(tables, 0, sizeof *tables);
     }
-    return copy;
+    return {tables, giveBack};
 }
 
 /// Fills the record in place: the names of a full registry are worth no second copy.
@@ -41,16 +43,21 @@ void addLinks(const InterfaceEntry& entry, Oxa::LinkMap& links)
 
 } // namespace
 
-std::unique_ptr<const RegistryCopy> copyRegistry(oxa_zunic_communication_channel* channel)
+RegistryCopy copyRegistry(oxa_zunic_communication_channel* channel, std::chrono::nanoseconds* held)
 {
-    auto copy = makePresentCopy();
+    RegistryCopy copy = makePresentCopy();
     const std::byte* const tables = registryBase(channel) + cRegistryTables;
     oxa_mutex* const mutex = registryMutex(channel);
     if (oxa_mutex_lock(mutex) != 0) {
-        return nullptr;
+        return {};
     }
-    std::memcpy(&copy->mTables, tables, sizeof copy->mTables);
+    const auto begin = std::chrono::steady_clock::now();
+    std::memcpy(copy.get(), tables, sizeof *copy);
+    const auto end = std::chrono::steady_clock::now();
     oxa_mutex_unlock(mutex);
+    if (held != nullptr) {
+        *held = end - begin;
+    }
     return copy;
 }
 

@@ -5,10 +5,43 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
+#include <fcntl.h>
 #include <iostream>
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
 
 namespace Oxa {
+
+namespace {
+
+/// Keeps a second report out of the directory, whose scratch file it would share, until this one is done. Waits no
+/// longer than it takes to write a large report many times over, and goes on where directories cannot be locked.
+class ReportLock
+{
+public:
+    explicit ReportLock(const std::string& directory) : mDescriptor(open(directory.c_str(), O_DIRECTORY | O_CLOEXEC))
+    {
+        constexpr std::chrono::seconds cLongestWait{60};
+        constexpr std::chrono::milliseconds cPause{5};
+        const auto deadline = std::chrono::steady_clock::now() + cLongestWait;
+        while (flock(mDescriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK &&
+               std::chrono::steady_clock::now() < deadline) {
+            std::this_thread::sleep_for(cPause);
+        }
+    }
+    ~ReportLock() { close(mDescriptor); }
+
+    ReportLock(const ReportLock&) = delete;
+    ReportLock& operator=(const ReportLock&) = delete;
+
+private:
+    int mDescriptor;
+};
+
+} // namespace
 
 OxaZunicEnquirer::OxaZunicEnquirer(const std::string& outputDirectory, bool history, bool dotFile)
     : mOutputDir(outputDirectory), mHistory(history), mDotFile(dotFile), mTextWriter(mOutputDir), mDotWriter(mOutputDir)
@@ -25,11 +58,11 @@ OxaResult OxaZunicEnquirer::init(const std::string& channelName)
 
 OxaResult OxaZunicEnquirer::readData()
 {
-    const auto copy = Channel::copyRegistry(mChannel);
+    const Channel::RegistryCopy copy = Channel::copyRegistry(mChannel);
     if (copy == nullptr) {
         return OxaResult::cFailed;
     }
-    Channel::decodeRegistry(copy->mTables, mInterfaces, mLinks, mCommunicators);
+    Channel::decodeRegistry(*copy, mInterfaces, mLinks, mCommunicators);
     return OxaResult::cOk;
 }
 
@@ -40,6 +73,7 @@ OxaResult OxaZunicEnquirer::startEnquirer()
     }
     OxaResult result = createOutputDir();
     if (result == OxaResult::cOk) {
+        const ReportLock lock(mOutputDir);
         mTextWriter.setMessageStorage(Channel::messageStorage(mChannel), Channel::messages(mChannel));
         mTextWriter.setMemoryDispatcher(Channel::memoryDispatcher(mChannel));
         mTextWriter.setHistory(mHistory);

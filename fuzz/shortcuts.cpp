@@ -7,35 +7,47 @@
 #include "oxa/oxa_zunic_communication_channel.h"
 
 #include <cstddef>
-#include <cstdint>
 #include <cstdlib>
 #include <dlfcn.h>
-#include <new>
+#include <memory_resource>
 #include <sanitizer/asan_interface.h>
-#include <sys/mman.h>
 
 namespace {
 
-constexpr std::size_t cRedZone = 4096;
-
-/// A huge page, which stays present. The sanitizer reports each access in front of the tables and behind them.
-std::byte* mapSnapshot()
+/// The default memory resource: hands out one and the same memory for every copy of the registry, and the heap's for
+/// the rest. The sanitizer reports each access in front of the tables and behind them.
+class KeptCopy : public std::pmr::memory_resource
 {
-    void* const mapped =
-        mmap(nullptr, 3 * Channel::cHugePage, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    if (mapped == MAP_FAILED) {
-        std::abort();
+public:
+    KeptCopy()
+    {
+        std::byte* const memory = static_cast<std::byte*>(::operator new(cSize + 2 * cRedZone));
+        ASAN_POISON_MEMORY_REGION(memory, cSize + 2 * cRedZone);
+        mTables = memory + cRedZone;
+        ASAN_UNPOISON_MEMORY_REGION(mTables, cSize);
+        std::pmr::set_default_resource(this);
     }
-    std::byte* const page = static_cast<std::byte*>(mapped) + 2 * Channel::cHugePage -
-                            reinterpret_cast<std::uintptr_t>(mapped) % Channel::cHugePage;
-    madvise(page, Channel::cHugePage, MADV_HUGEPAGE);
-    ASAN_POISON_MEMORY_REGION(page - cRedZone, cRedZone + sizeof(Channel::RegistryCopy));
-    ASAN_UNPOISON_MEMORY_REGION(page, sizeof(Channel::RegistryCopy::mTables));
-    return page;
-}
 
-std::byte* const snapshot = mapSnapshot();
-bool isSnapshotTaken = false;
+private:
+    static constexpr std::size_t cRedZone = 4096;
+    static constexpr std::size_t cSize = sizeof(Channel::RegistryTables);
+
+    void* do_allocate(std::size_t size, std::size_t alignment) override
+    {
+        return size == cSize ? mTables : std::pmr::new_delete_resource()->allocate(size, alignment);
+    }
+    void do_deallocate(void* block, std::size_t size, std::size_t alignment) override
+    {
+        if (block != mTables) {
+            std::pmr::new_delete_resource()->deallocate(block, size, alignment);
+        }
+    }
+    bool do_is_equal(const std::pmr::memory_resource& other) const noexcept override { return this == &other; }
+
+    std::byte* mTables;
+};
+
+KeptCopy* const keptCopy = new KeptCopy; // For as long as the program runs.
 
 /// Copies of function storages live as long as an attachment.
 constexpr unsigned cRunsWithOneAttachment = 1000;
@@ -89,27 +101,5 @@ void oxa_zunic_communication_channel_destroy(oxa_zunic_communication_channel* ch
 const char* __asan_default_options()
 {
     return "max_malloc_fill_size=0:malloc_context_size=2:quarantine_size_mb=1:thread_local_quarantine_size_kb=64";
-}
-
-// The linker lets the calls of operator new and operator delete for over-aligned memory come here first.
-void* __real__ZnwmSt11align_val_t(std::size_t size, std::align_val_t alignment);
-void __real__ZdlPvSt11align_val_t(void* block, std::align_val_t alignment);
-
-void* __wrap__ZnwmSt11align_val_t(std::size_t size, std::align_val_t alignment)
-{
-    if (size != sizeof(Channel::RegistryCopy) || isSnapshotTaken) {
-        return __real__ZnwmSt11align_val_t(size, alignment);
-    }
-    isSnapshotTaken = true;
-    return snapshot;
-}
-
-void __wrap__ZdlPvSt11align_val_t(void* block, std::align_val_t alignment)
-{
-    if (block == snapshot) {
-        isSnapshotTaken = false;
-    } else {
-        __real__ZdlPvSt11align_val_t(block, alignment);
-    }
 }
 }

@@ -1,8 +1,6 @@
-#include "message_layout.h"
 #include "scenario_reader.h"
 #include "support/text.h"
 
-#include <array>
 #include <gmock/gmock.h>
 #include <sstream>
 #include <vector>
@@ -61,50 +59,6 @@ TEST(Scenario, MistakesAreOneLineWithPlaceAndExpectation)
         expectMistake(withInterface(R"({"name": "n", "role": "r", "type": "stub", "version": ")" + version + "\"}"),
                       first + "version: expected a version like \"1.0.3\"");
     }
-}
-
-TEST(Scenario, CopiesPlaceholdersAndDefaultsAreWrittenOut)
-{
-    const Scenario scenario = readScenario(R"({"processes": [{"name": "p{n+1}", "count": 2, "communicators": [
-        {"count": 2, "interfaces": [{"count": 2, "name": "{process}.{communicator}.{n}", "role": "{n*16+15}",
-          "type": "stub", "version": "1.2.65535"}]}]}],
-        "links": [{"count": 2, "holder": "{n*4}-{n*4+1}", "receivers": ["{n*4+2}", 0]}]})",
-                                           "f.json");
-    std::vector<std::string> names;
-    for (const ProcessEntry& process : scenario.processes) {
-        for (const CommunicatorEntry& communicator : process.communicators) {
-            for (const InterfaceEntry& interface : communicator.interfaces) {
-                names.push_back(process.name + ":" + std::to_string(communicator.id) + ":" +
-                                std::to_string(interface.id) + ":" + interface.name + "/" + interface.role);
-            }
-        }
-    }
-    EXPECT_THAT(names, ElementsAre("p1:0:0:0.0.0/15", "p1:0:1:0.0.1/31", "p1:1:2:0.1.0/15", "p1:1:3:0.1.1/31",
-                                   "p2:2:4:1.0.0/15", "p2:2:5:1.0.1/31", "p2:3:6:1.1.0/15", "p2:3:7:1.1.1/31"));
-    EXPECT_EQ(scenario.channel, "OXABus");
-    ASSERT_EQ(scenario.links.size(), 4U);
-    EXPECT_THAT(idsOf(scenario.links.at(1)), ElementsAre(0, 2));
-    EXPECT_THAT(idsOf(scenario.links.at(5)), ElementsAre(0, 6));
-}
-
-TEST(Scenario, MessageChainsEndAsAsked)
-{
-    const std::vector<PlacedSlot> slots = layOutMessages(readScenario(withClock(R"("messages": [
-        {"state": "message", "sender": "Clock/Provider", "receivers": ["Clock/Consumer", 70], "writerCounter": 65535},
-        {"state": "free"},
-        {"state": "written", "sender": 3, "dataEntries": 2, "chainEnd": "loop"},
-        {"state": "message", "sender": 3, "chainEnd": "message"},
-        {"state": "message", "sender": 3, "dataEntries": 1, "chainEnd": "outside"}])"),
-                                                                      "f.json"));
-    std::vector<std::array<std::uint32_t, 4>> placed; // index, state, data index, writer counter
-    for (const auto& [index, slot, external] : slots) {
-        placed.push_back({index, static_cast<std::uint32_t>(slot.state), slot.dataIndex, slot.writerCounter});
-        EXPECT_EQ(slot.senderId, 3U);
-    }
-    EXPECT_THAT(placed, ElementsAre(std::array{0U, 3U, ZunicHosting::cNoDataEntry, 65535U}, std::array{2U, 2U, 3U, 0U},
-                                    std::array{3U, 4U, 4U, 0U}, std::array{4U, 4U, 3U, 0U}, std::array{5U, 3U, 5U, 1U},
-                                    std::array{6U, 3U, 7U, 2U}, std::array{7U, 4U, 8U, 0U}));
-    EXPECT_THAT(slots[0].slot.receivers, ElementsAre(4, 5, 70));
 }
 
 } // namespace

@@ -14,9 +14,7 @@ OxaZunicEnquirerWriterInterface::OxaZunicEnquirerWriterInterface(const std::stri
 
 OxaResult OxaZunicEnquirerWriterInterface::createOutputFile()
 {
-    if (mOutputFile.is_open()) {
-        mOutputFile.close();
-    }
+    mOutputFile.close();
     mOutputFile.open(mOutputFilePath, std::ios::out | std::ios::trunc);
     if (!mOutputFile.good()) {
         std::printf("Error opening the output file!\n");

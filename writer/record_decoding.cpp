@@ -41,9 +41,7 @@ std::string OxaZunicEnquirerWriterInterface::versionNumberToString(Version versi
            std::to_string(version.mRevision);
 }
 
-// By value in the writers' interface.
-// NOLINTBEGIN(performance-unnecessary-value-param)
-
+// NOLINTNEXTLINE(performance-unnecessary-value-param): by value in the writers' interface.
 std::string OxaZunicEnquirerWriterInterface::decodeInterface(OxaZunicInterfaceInformation info, std::string fieldName)
 {
     if (fieldName == "InterfaceId") {
@@ -77,6 +75,7 @@ std::string OxaZunicEnquirerWriterInterface::decodeInterface(OxaZunicInterfaceIn
     return "";
 }
 
+// NOLINTBEGIN(performance-unnecessary-value-param): by value in the writers' interface.
 std::string OxaZunicEnquirerWriterInterface::decodeCommunicator(OxaZunicCommunicatorInformation info,
                                                                 std::string fieldName)
 {
@@ -91,7 +90,6 @@ std::string OxaZunicEnquirerWriterInterface::decodeCommunicator(OxaZunicCommunic
     }
     return "";
 }
-
 // NOLINTEND(performance-unnecessary-value-param)
 
 int OxaZunicEnquirerWriterInterface::decodeFunctionStorage(const OxaZunicInterfaceInformation& info,

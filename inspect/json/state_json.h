@@ -3,9 +3,8 @@
 
 #include "inspect/state/bus_state.h"
 
-#include <nlohmann/json.hpp>
-
 #include <istream>
+#include <nlohmann/json.hpp>
 #include <ostream>
 #include <stdexcept>
 
@@ -31,7 +30,7 @@ Json toJson(const Channel::MemoryManagerFigures& figures);
 Json toJson(const Slot& slot);
 /// Without its slots.
 Json toJson(const MessageStorage& storage);
-/// A name.
+/// A name: a string if it is valid UTF-8, else an array of bytes.
 Json nameToJson(const std::string& bytes);
 
 /// Writes the state piece by piece: it needs no memory for the whole text. The stream tells of failures.

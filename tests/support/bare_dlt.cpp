@@ -4,14 +4,14 @@
 // NOLINTBEGIN(readability-identifier-naming)
 extern "C" {
 
-int dlt_check_library_version(const char* /*major*/, const char* /*minor*/)
+int dlt_check_library_version(const char* major, const char* minor)
 {
-    return 0;
+    return std::printf("%s.%s ", major, minor);
 }
 
-int dlt_register_app(const char* application, const char* /*description*/)
+int dlt_register_app(const char* application, const char* description)
 {
-    return std::printf("registered %s", application);
+    return std::printf("%s %s", application, description);
 }
 
 int dlt_enable_local_print()

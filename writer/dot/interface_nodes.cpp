@@ -7,17 +7,14 @@ OxaResult OxaZunicEnquirerInterfaceDotFile::createStructs(const InterfaceMap& in
                                                           std::ofstream* out)
 {
     OxaResult result = OxaResult::cFailed;
+    const char* const registeredColor = typeText == "Stub" ? "green" : "yellow";
     *out << std::endl;
     for (const auto& [id, info] : interfaces) {
         if (decodeInterface(info, "type") != typeText) {
             continue;
         }
         result = OxaResult::cOk;
-        if (decodeInterface(info, "RegistrationState") == "Required") {
-            mColor = "lightblue";
-        } else {
-            mColor = typeText == "Stub" ? "green" : "yellow";
-        }
+        mColor = decodeInterface(info, "RegistrationState") == "Required" ? "lightblue" : registeredColor;
         *out << typeText << id << " [fontsize=8,color= " << mColor << R"(,style=filled, shape=rectangle,label=")"
              << decodeInterface(info, "mInterfaceName") << R"(\n)" << decodeInterface(info, "mRoleName") << R"(\n)"
              << decodeInterface(info, "mDomainName") << R"(\n)" << decodeInterface(info, "version") << R"("]; )"

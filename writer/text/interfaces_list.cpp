@@ -1,7 +1,4 @@
-#include "channel/channel_layout.h"
-#include "writer/line_writer.h"
 #include "writer/text/oxa_zunic_enquirer_interface_text_file.h"
-#include "writer/text/report_index.h"
 
 #include <algorithm>
 #include <limits>
@@ -83,11 +80,17 @@ void OxaZunicEnquirerInterfaceTextFile::showAvailableFunctions(const OxaZunicInt
                                                                std::ofstream* out)
 {
     std::list<std::string> functions;
-    if (decodeFunctionStorage(info, mMemoryDispatcher, functions) != 0 || functions.empty()) {
+    if (decodeFunctionStorage(info, mMemoryDispatcher, functions) != 0 || functions.empty() ||
+        mFunctionBytesLeft == 0) {
         return;
     }
     *out << "Available functions [id | name]:" << std::endl;
     for (const std::string& function : functions) {
+        if (function.size() > mFunctionBytesLeft) {
+            mFunctionBytesLeft = 0;
+            return;
+        }
+        mFunctionBytesLeft -= function.size();
         *out << function << std::endl;
     }
 }

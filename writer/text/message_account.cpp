@@ -1,7 +1,4 @@
-#include "channel/data_chains.h"
-#include "writer/line_writer.h"
 #include "writer/text/oxa_zunic_enquirer_interface_text_file.h"
-#include "writer/text/report_index.h"
 
 namespace Oxa {
 

@@ -1,5 +1,3 @@
-#include "channel/data_chains.h"
-#include "writer/line_writer.h"
 #include "writer/text/oxa_zunic_enquirer_interface_text_file.h"
 
 #include <algorithm>
@@ -82,32 +80,28 @@ OxaZunicEnquirerInterfaceTextFile::writeSlotAccounts(std::ostream& file, const M
 {
     Writer::LineWriter scratch(file);
     DataChains chains(slots);
-    SlotTotals totals;
-    totals.mFree = slots.size() - slots.readable();
+    SlotTotals totals{};
+    totals[eSlotStateFree] = slots.size() - slots.readable();
     for (std::uint32_t i = 0; i < slots.readable(); ++i) {
         const SlotHead head = slots.head(i);
+        ++totals[head.mState];
         switch (head.mState) {
         case eSlotStateReserved:
-            ++totals.mReserved;
             scratch << "Message slot number " << i << " is marked as RESERVED\n";
             scratch << "Sender id: " << head.mSenderId << "\n";
             break;
         case eSlotStateData:
-            ++totals.mData;
             scratch << "Message slot number " << i << " is DATA\n";
             scratch << "Sender id: " << head.mSenderId << "\n" << cSlotSeparator;
             break;
         case eSlotStateWritten:
-            ++totals.mWritten;
-            scratch << "Message slot number " << i << " is marked as currently WRITTEN\n";
-            writeMessageAccount(scratch, slots, chains, i, head.mSenderId, interfaces);
-            break;
         case eSlotStateMessage:
-            scratch << "Message slot number " << i << "\n";
+            scratch << "Message slot number " << i;
+            scratch << (head.mState == eSlotStateWritten ? " is marked as currently WRITTEN\n" : "\n");
             writeMessageAccount(scratch, slots, chains, i, head.mSenderId, interfaces);
             break;
         case eSlotStateFree:
-            ++totals.mFree;
+            break;
         }
     }
     return totals;
@@ -121,12 +115,11 @@ void OxaZunicEnquirerInterfaceTextFile::buildMessagesFile(std::uint32_t storageS
         messages.open(mMessagesFilePath, std::ios::out | std::ios::trunc);
     }
     if (messages.is_open() && scratch.is_open()) {
-        messages << "The message queue currently contains " << storageSize - totals.mFree << " messages\n";
-        messages << "The total number of FREE messages is: " << totals.mFree << "\n";
-        messages << "The total number of DATA messages is: " << totals.mData << "\n";
-        messages << "The total number of RESERVED messages is: " << totals.mReserved << "\n";
-        messages << "The total number of WRITTEN messages is: " << totals.mWritten << "\n";
-        messages << "\n";
+        messages << "The message queue currently contains " << storageSize - totals[eSlotStateFree] << " messages\n";
+        messages << "The total number of FREE messages is: " << totals[eSlotStateFree] << "\n";
+        messages << "The total number of DATA messages is: " << totals[eSlotStateData] << "\n";
+        messages << "The total number of RESERVED messages is: " << totals[eSlotStateReserved] << "\n";
+        messages << "The total number of WRITTEN messages is: " << totals[eSlotStateWritten] << "\n\n";
         copyLines(scratch, messages);
     } else {
         std::printf("Error opening the output file\n");

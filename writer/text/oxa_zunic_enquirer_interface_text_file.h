@@ -1,9 +1,13 @@
 #ifndef WRITER_TEXT_OXA_ZUNIC_ENQUIRER_INTERFACE_TEXT_FILE_H
 #define WRITER_TEXT_OXA_ZUNIC_ENQUIRER_INTERFACE_TEXT_FILE_H
 
-#include "channel/channel_layout.h"
+#include "channel/data_chains.h"
+#include "channel/function_names.h"
+#include "writer/line_writer.h"
 #include "writer/oxa_zunic_enquirer_writer_interface.h"
+#include "writer/text/report_index.h"
 
+#include <array>
 #include <cstdint>
 #include <fstream>
 #include <memory>
@@ -11,16 +15,6 @@
 #include <string>
 #include <utility>
 #include <vector>
-
-namespace Channel {
-class DataChains;
-class MessageSlots;
-} // namespace Channel
-
-namespace Writer {
-class LineWriter;
-class ReportIndex;
-} // namespace Writer
 
 namespace Oxa {
 
@@ -80,13 +74,7 @@ private:
     static constexpr auto cSlotSeparator =
         "\n\n----------------------------------------------------------------------------\n\n";
 
-    struct SlotTotals
-    {
-        std::uint32_t mFree = 0;
-        std::uint32_t mData = 0;
-        std::uint32_t mReserved = 0;
-        std::uint32_t mWritten = 0;
-    };
+    using SlotTotals = std::array<std::uint32_t, Channel::cSlotStates>; ///< by state
 
     void writeInterfaceBlock(const OxaZunic::OxaZunicInterfaceInformation& info, std::ofstream* out);
 
@@ -103,7 +91,8 @@ private:
     oxa_zunic_message_storage* mMessageStorage = nullptr;
     oxa_zunic_message* mMessages = nullptr;
     oxa_zunic_memory_dispatcher_struct* mMemoryDispatcher = nullptr;
-    std::shared_ptr<const Writer::ReportIndex> mIndex; ///< of the containers that `writeData` is writing
+    std::size_t mFunctionBytesLeft = Channel::cMostFunctionNameBytes; ///< of one report
+    std::shared_ptr<const Writer::ReportIndex> mIndex;                ///< of the containers that `writeData` is writing
 };
 
 } // namespace Oxa

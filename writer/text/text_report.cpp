@@ -1,5 +1,4 @@
 #include "writer/text/oxa_zunic_enquirer_interface_text_file.h"
-#include "writer/text/report_index.h"
 
 #include <cstdio>
 
@@ -20,6 +19,7 @@ OxaResult OxaZunicEnquirerInterfaceTextFile::writeData(const CommunicatorList& c
     if (result != OxaResult::cOk) {
         return result;
     }
+    mFunctionBytesLeft = Channel::cMostFunctionNameBytes;
     mIndex = std::make_shared<const Writer::ReportIndex>(interfaces, links);
     result = writeInterfacesFile(interfaces, &mOutputFile, links);
     if (result == OxaResult::cOk) {

@@ -1,0 +1,15 @@
+#ifndef INSPECT_STATE_PROCESSES_H
+#define INSPECT_STATE_PROCESSES_H
+
+#include "inspect/state/bus_state.h"
+
+#include <cstdint>
+
+namespace Inspect {
+
+/// What /proc says of the process at this moment.
+Process lookUpProcess(std::uint32_t processId);
+
+} // namespace Inspect
+
+#endif
