@@ -4,6 +4,9 @@
 #include "inspect/state/take_state.h"
 
 #include <algorithm>
+#include <memory>
+#include <memory_resource>
+#include <sys/mman.h>
 #include <thread>
 
 namespace Inspect {
@@ -13,7 +16,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 /// A change is seen within this, and a look.
-constexpr std::chrono::milliseconds cPause{80};
+constexpr std::chrono::milliseconds cPause{85};
 
 /// The names that are still waited for, separated by commas.
 std::string missing(const WaitOptions& options, const BusState& state)
@@ -47,15 +50,46 @@ std::string look(const WaitOptions& options)
     }
 }
 
+/// While it lives, the default memory resource: one huge page, in which each look begins anew. To make small pages of
+/// its own present would cost each look more than all that it does with them.
+class LookMemory
+{
+public:
+    LookMemory()
+    {
+        madvise(mPage.get(), sizeof *mPage, MADV_HUGEPAGE);
+        std::pmr::set_default_resource(&mResource);
+    }
+    ~LookMemory() { std::pmr::set_default_resource(nullptr); }
+
+    LookMemory(const LookMemory&) = delete;
+    LookMemory& operator=(const LookMemory&) = delete;
+
+    void beginAnew() { mResource.release(); }
+
+private:
+    static constexpr std::size_t cSize = std::size_t{1} << 21;
+
+    struct alignas(cSize) HugePage
+    {
+        std::byte mBytes[cSize];
+    };
+
+    std::unique_ptr<HugePage> mPage = std::make_unique_for_overwrite<HugePage>();
+    std::pmr::monotonic_buffer_resource mResource{mPage.get(), cSize};
+};
+
 } // namespace
 
 ExitStatus runWait(const WaitOptions& options)
 {
+    LookMemory memory;
     const Clock::time_point begin = Clock::now();
     for (;;) {
         // Asked before the look, so that the last one comes when the time is up.
         const Clock::time_point now = Clock::now();
         const bool isLast = options.mTimeout && now - begin >= *options.mTimeout;
+        memory.beginAnew();
         const std::string reason = look(options);
         if (reason.empty()) {
             return eExitYes;
