@@ -1,7 +1,7 @@
 # What `cmake --install` puts where, but for demo/, which installs itself.
 
 if(ZUNIC_PLATFORM_DIR)
-  install(TARGETS zunic_enquirer RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  install(TARGETS zunic_enquirer zunic_inspect RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 else()
   include(cmake/install_platform.cmake)
 endif()

@@ -10,10 +10,10 @@ function(set_run_path folder)
   set_target_properties(${ARGN} PROPERTIES INSTALL_RPATH "$ORIGIN/${to_libraries}")
 endfunction()
 
-set_run_path(${CMAKE_INSTALL_BINDIR} zunic_enquirer zunic_demo_bus)
+set_run_path(${CMAKE_INSTALL_BINDIR} zunic_enquirer zunic_inspect zunic_demo_bus)
 set_run_path(${CMAKE_INSTALL_LIBEXECDIR}/zunic_enquirer zunic_demo_participant)
 set_target_properties(${platform_libraries} PROPERTIES INSTALL_RPATH "$ORIGIN")
 
-install(TARGETS zunic_enquirer RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(TARGETS zunic_enquirer zunic_inspect RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 # Without the links and headers that one would compile with: others build against the platform's own.
 install(TARGETS ${platform_libraries} LIBRARY DESTINATION ${private_lib_folder} NAMELINK_SKIP)

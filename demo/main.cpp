@@ -1,5 +1,6 @@
 #include "bus.h"
 #include "options.h"
+#include "program_files.h"
 #include "scenario_reader.h"
 
 #include <cstdlib>
@@ -23,12 +24,18 @@ void checkStandardStreams()
     }
 }
 
-Scenario readScenarioFor(const Options& options)
+std::string scenarioFileFor(const Options& options)
 {
-    Scenario scenario = readScenarioFile(options.scenarioFile);
+    return options.scenarioFile ? *options.scenarioFile
+                                : findProgramFile("scenarios/small.json", ZUNIC_DEMO_DATA_FROM_BIN).string();
+}
+
+Scenario readScenarioFor(const Options& options, const std::string& file)
+{
+    Scenario scenario = readScenarioFile(file);
     scenario.channel = options.channel.value_or(scenario.channel);
     if (options.churnRate && interfaceCount(scenario) + 2 > ZunicHosting::cInterfaceCapacity) {
-        throw ScenarioMistake(options.scenarioFile + ": expected at most 1022 interfaces for --churn, not " +
+        throw ScenarioMistake(file + ": expected at most 1022 interfaces for --churn, not " +
                               std::to_string(interfaceCount(scenario)));
     }
     return scenario;
@@ -48,9 +55,10 @@ void host(const Scenario& scenario, const Options& options)
 
 void serve(const Options& options)
 {
-    const Scenario scenario = readScenarioFor(options);
+    const std::string file = scenarioFileFor(options);
+    const Scenario scenario = readScenarioFor(options, file);
     if (options.checkOnly) {
-        std::cout << options.scenarioFile << ": OK, " << summary(scenario) << '\n';
+        std::cout << file << ": OK, " << summary(scenario) << '\n';
         return;
     }
     try {

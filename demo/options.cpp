@@ -40,8 +40,7 @@ std::optional<Options> readOptions(int argumentCount, char** arguments)
     CLI::App app("Hosts a Zunic channel with real processes on it, as a scenario file says, until it is stopped.",
                  "zunic_demo_bus");
     app.option_defaults()->take_last();
-    app.add_option("scenario", options.scenarioFile, "the scenario file (JSON)")
-        ->required()
+    app.add_option("scenario", options.scenarioFile, "the scenario file (JSON); without one, a small bus")
         ->type_name("SCENARIO.json")
         ->multi_option_policy(CLI::MultiOptionPolicy::Throw);
     app.add_option("--channel", options.channel, "name of the channel, in place of the scenario's")->type_name("NAME");

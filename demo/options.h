@@ -10,7 +10,7 @@ namespace ZunicDemo {
 
 struct Options
 {
-    std::string scenarioFile;
+    std::optional<std::string> scenarioFile;
     std::optional<std::string> channel;
     std::optional<gid_t> group;
     /// Rounds of each process in a second; 0: as fast as it can.

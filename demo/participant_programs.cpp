@@ -1,30 +1,15 @@
 #include "participant_programs.h"
+#include "program_files.h"
 
 #include <dlfcn.h>
 
 #include <cstdlib>
-#include <system_error>
 
 namespace ZunicDemo {
 
 namespace fs = std::filesystem;
 
 namespace {
-
-constexpr const char* cProgram = "zunic_demo_participant";
-
-/// Beside this program in the build tree, in the folder of helper programs once it is installed.
-fs::path findProgram()
-{
-    const fs::path folder = fs::read_symlink("/proc/self/exe").parent_path();
-    for (const fs::path& place : {folder / cProgram, folder / ZUNIC_DEMO_LIBEXEC_FROM_BIN / cProgram}) {
-        if (fs::exists(place)) {
-            return fs::canonical(place);
-        }
-    }
-    throw fs::filesystem_error("cannot find the participant program", folder / cProgram,
-                               std::make_error_code(std::errc::no_such_file_or_directory));
-}
 
 /// Whether `link` is now another name of `file`. It may not be possible: hard links do not lead to another file system,
 /// nor do systems allow them to files of others.
@@ -40,7 +25,7 @@ bool hardLink(const fs::path& file, const fs::path& link)
 ParticipantPrograms::ParticipantPrograms() : mOriginal(mFolder.path() / "original")
 {
     fs::create_directory(mFolder.path() / "programs");
-    const fs::path program = findProgram();
+    const fs::path program = findProgramFile("zunic_demo_participant", ZUNIC_DEMO_LIBEXEC_FROM_BIN);
     if (!hardLink(program, mOriginal)) {
         fs::copy_file(program, mOriginal);
     }

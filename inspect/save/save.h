@@ -1,6 +1,7 @@
 #ifndef INSPECT_SAVE_SAVE_H
 #define INSPECT_SAVE_SAVE_H
 
+#include "inspect/command_line/command.h"
 #include "inspect/state/bus_state.h"
 
 #include <stdexcept>
@@ -19,6 +20,8 @@ public:
 /// all of it is on the disk: whoever looks finds the file of before or the whole new one. A symbolic link in that place
 /// is replaced, not followed. Throws NotSaved, and leaves nothing behind then.
 void saveState(const BusState& state, const std::string& path);
+
+extern const Command cSaveCommand;
 
 } // namespace Inspect
 

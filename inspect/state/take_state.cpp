@@ -5,6 +5,7 @@
 #include "inspect/state/processes.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <fstream>
 #include <map>
 #include <memory>
@@ -25,7 +26,7 @@ Attachment attach(const std::string& name)
     const int error = oxa_zunic_communication_channel_create(name.c_str(), &handle);
     Attachment channel(handle);
     if (error != 0 || channel == nullptr || !oxa_zunic_communication_channel_is_initialized(handle)) {
-        throw NoChannel("no usable channel \"" + name + "\"");
+        throw NoChannel("no usable channel \"" + name + "\"", error == ENOENT);
     }
     return channel;
 }

@@ -12,7 +12,14 @@ namespace Inspect {
 class NoChannel : public std::runtime_error
 {
 public:
-    using std::runtime_error::runtime_error;
+    explicit NoChannel(const std::string& why, bool isMissing = false) : std::runtime_error(why), mIsMissing(isMissing)
+    {}
+
+    /// That there is none, and so no interface.
+    bool isMissing() const { return mIsMissing; }
+
+private:
+    bool mIsMissing;
 };
 
 /// What of a state is to be filled in beside where and when, interfaces and communicators. The rest stays empty: who

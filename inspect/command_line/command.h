@@ -1,0 +1,45 @@
+#ifndef INSPECT_COMMAND_LINE_COMMAND_H
+#define INSPECT_COMMAND_LINE_COMMAND_H
+
+#include "inspect/exit_status.h"
+
+#include <functional>
+#include <ostream>
+#include <span>
+#include <stdexcept>
+#include <string>
+
+namespace CLI {
+class App;
+} // namespace CLI
+
+namespace Inspect {
+
+/// A command line that cannot be understood; `what` is one line.
+class UsageMistake : public std::runtime_error
+{
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// Does what the command line asks for, once it has been read; the answer goes to the stream.
+using Run = std::function<ExitStatus(std::ostream&)>;
+
+/// One of the program's commands.
+struct Command
+{
+    const char* mName;
+    const char* mSummary;          ///< one line
+    const char* mExamples;         ///< lines that end with \n
+    Run (*mAddOptions)(CLI::App&); ///< adds the options of the command to its part of the command line
+};
+
+/// All of them, in the order in which --help shows them.
+std::span<const Command* const> commands();
+
+/// Says something on standard error, in one line.
+void complain(const std::string& text);
+
+} // namespace Inspect
+
+#endif

@@ -1,0 +1,22 @@
+#include "inspect/command_line/command.h"
+#include "inspect/list/list.h"
+#include "inspect/save/save.h"
+#include "inspect/show/show.h"
+#include "inspect/wait/wait.h"
+
+#include <array>
+
+namespace Inspect {
+
+namespace {
+
+constexpr std::array cCommands{&cListCommand, &cShowCommand, &cWaitCommand, &cSaveCommand};
+
+} // namespace
+
+std::span<const Command* const> commands()
+{
+    return cCommands;
+}
+
+} // namespace Inspect

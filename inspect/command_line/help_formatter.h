@@ -1,0 +1,35 @@
+#ifndef INSPECT_COMMAND_LINE_HELP_FORMATTER_H
+#define INSPECT_COMMAND_LINE_HELP_FORMATTER_H
+
+#include <CLI/CLI.hpp>
+
+#include <string>
+#include <utility>
+
+namespace Inspect {
+
+/// Help that begins with examples: most people need no more of it.
+class HelpFormatter : public CLI::Formatter
+{
+public:
+    explicit HelpFormatter(std::string examples) : mExamples(std::move(examples)) { column_width(26); }
+
+    std::string make_description(const CLI::App* app) const override
+    {
+        return "Examples:\n" + mExamples + "\n" + CLI::Formatter::make_description(app);
+    }
+
+    /// What does not go together is told when it is tried.
+    std::string make_option_opts(const CLI::Option* option) const override
+    {
+        const std::string value = option->get_type_name();
+        return option->get_items_expected_max() == 0 || value.empty() ? "" : " " + value;
+    }
+
+private:
+    std::string mExamples;
+};
+
+} // namespace Inspect
+
+#endif

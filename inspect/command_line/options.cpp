@@ -1,0 +1,84 @@
+#include "inspect/command_line/options.h"
+
+#include "inspect/words/words.h"
+
+#include <cstdlib>
+#include <string_view>
+#include <unistd.h>
+
+namespace Inspect {
+
+namespace {
+
+bool isSet(const char* variable)
+{
+    const char* const value = std::getenv(variable);
+    return value != nullptr && *value != '\0';
+}
+
+bool isColorTerminal()
+{
+    return isatty(STDOUT_FILENO) != 0 && !isSet("NO_COLOR") && isSet("TERM") &&
+           std::string_view(std::getenv("TERM")) != "dumb";
+}
+
+bool areColorsWanted(const std::string& choice)
+{
+    return choice == "always" || (choice == "auto" && isColorTerminal());
+}
+
+CLI::Option* addPattern(CLI::App& part, const char* option, std::optional<std::string>& pattern, const char* meaning)
+{
+    return part.add_option(option, pattern, meaning)->type_name("PATTERN")->group("Filters");
+}
+
+/// An option for one of the words, of which `numberOf` knows the number.
+void addWord(CLI::App& part, const char* option, std::optional<std::uint32_t>& number,
+             std::optional<std::uint32_t> (*numberOf)(std::string_view), std::vector<std::string> words,
+             const char* meaning)
+{
+    part.add_option_function<std::string>(
+            option, [&number, numberOf](const std::string& word) { number = numberOf(word); }, meaning)
+        ->check(CLI::IsMember(std::move(words)).description(""))
+        ->type_name("WORD")
+        ->group("Filters");
+}
+
+} // namespace
+
+CLI::Option* addChannelOption(CLI::App& part, std::string& channel)
+{
+    return part.add_option("-c,--channel", channel, "The channel to look into (OXABus)")->type_name("NAME");
+}
+
+void addSourceOptions(CLI::App& part, SourceOptions& source)
+{
+    CLI::Option* const channel = addChannelOption(part, source.mChannel);
+    part.add_option("--from", source.mFrom, "Look into this saved state instead; \"-\" is standard input")
+        ->type_name("FILE")
+        ->excludes(channel);
+}
+
+void addFilterOptions(CLI::App& part, InterfaceFilter& filter)
+{
+    addPattern(part, "--role", filter.mRole, "Role names like this");
+    addPattern(part, "--domain", filter.mDomain, "Domain names like this");
+    addPattern(part, "--app", filter.mOwner.mApplication, "Applications like this");
+    part.add_option("--pid", filter.mOwner.mProcessId, "The process with this id")->type_name("PID")->group("Filters");
+    addWord(part, "--type", filter.mType, typeOf, {"skeleton", "stub"}, "skeleton (provides) or stub (uses)");
+    addWord(part, "--state", filter.mState, stateOf, {"registered", "preregistered", "any"},
+            "registered, preregistered (required) or any");
+}
+
+void addLookOptions(CLI::App& part, TableLook& look)
+{
+    part.add_flag("--noheadings", [&look](std::int64_t) { look.mHeadings = false; }, "Leave out the headings");
+    look.mColors = areColorsWanted("auto");
+    part.add_option_function<std::string>(
+            "--color", [&look](const std::string& choice) { look.mColors = areColorsWanted(choice); },
+            "auto (on a terminal, unless NO_COLOR is set), always or never")
+        ->check(CLI::IsMember({"auto", "always", "never"}).description(""))
+        ->type_name("WHEN");
+}
+
+} // namespace Inspect

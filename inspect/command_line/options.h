@@ -1,0 +1,30 @@
+#ifndef INSPECT_COMMAND_LINE_OPTIONS_H
+#define INSPECT_COMMAND_LINE_OPTIONS_H
+
+#include "inspect/filter/interface_filter.h"
+#include "inspect/source/source.h"
+#include "inspect/table/table.h"
+
+#include <CLI/CLI.hpp>
+
+#include <string>
+
+// Options that several commands share. What they are bound to has to live as long as the part of the command line.
+
+namespace Inspect {
+
+/// -c and --channel.
+CLI::Option* addChannelOption(CLI::App& part, std::string& channel);
+
+/// These and --from.
+void addSourceOptions(CLI::App& part, SourceOptions& source);
+
+/// --role, --domain, --app, --type, --state and --pid; --name is left to those who take no names otherwise.
+void addFilterOptions(CLI::App& part, InterfaceFilter& filter);
+
+/// --noheadings and --color; call it once for a command.
+void addLookOptions(CLI::App& part, TableLook& look);
+
+} // namespace Inspect
+
+#endif

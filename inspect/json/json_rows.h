@@ -1,0 +1,35 @@
+#ifndef INSPECT_JSON_JSON_ROWS_H
+#define INSPECT_JSON_JSON_ROWS_H
+
+#include "inspect/json/state_json.h"
+
+#include <ostream>
+
+namespace Inspect {
+
+/// Writes {"schema": ..., "WHAT": [row, ...]}, a row a line, each when it is added: there may be sixty thousand.
+class JsonRows
+{
+public:
+    JsonRows(std::ostream& out, const char* what) : mOut(out)
+    {
+        mOut << "{\"schema\":" << Json(cStateSchema) << ",\"" << what << "\":[";
+    }
+
+    void add(const Json& row)
+    {
+        mOut << mSeparator << row;
+        mSeparator = ",\n";
+    }
+
+    /// To be called once, after the last row.
+    void end() { mOut << "\n]}\n"; }
+
+private:
+    std::ostream& mOut;
+    const char* mSeparator = "\n";
+};
+
+} // namespace Inspect
+
+#endif

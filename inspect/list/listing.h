@@ -1,0 +1,101 @@
+#ifndef INSPECT_LIST_LISTING_H
+#define INSPECT_LIST_LISTING_H
+
+#include "inspect/json/json_rows.h"
+#include "inspect/list/list.h"
+
+// One kind of list is a class with:
+//   Row                      what a line is about
+//   cWord                    see ListKind
+//   cOne                     one of it, for a sentence
+//   cColumns                 all of type Column<Row>
+//   cWanted, cWantedForJson  of a state, whatever the columns are
+//   rows(state, filter)      those that fit
+//   json(row)                one of them, as in a saved state
+
+namespace Inspect {
+
+template <typename List>
+std::vector<ColumnHead> columnHeads()
+{
+    std::vector<ColumnHead> heads;
+    for (const auto& column : List::cColumns) {
+        heads.push_back(column.mHead);
+    }
+    return heads;
+}
+
+inline Wanted both(const Wanted& one, const Wanted& other)
+{
+    return {one.mFunctions || other.mFunctions, one.mProcesses || other.mProcesses,
+            one.mMemoryManagers || other.mMemoryManagers, one.mMessages || other.mMessages};
+}
+
+/// What the answer will be made of, and no more.
+template <typename List>
+Wanted wantedFor(const ListOptions& options, const std::vector<std::size_t>& places)
+{
+    Wanted wanted = List::cWanted;
+    wanted.mProcesses = wanted.mProcesses || options.mFilter.mOwner.mApplication.has_value();
+    for (const std::size_t place : places) {
+        wanted = both(wanted, List::cColumns[place].mHead.mWanted);
+    }
+    return options.mJson ? both(wanted, List::cWantedForJson) : wanted;
+}
+
+template <typename List>
+std::string tableOf(const std::vector<typename List::Row>& rows, const std::vector<std::size_t>& places,
+                    const TableLook& look)
+{
+    std::vector<Heading> headings;
+    for (const std::size_t place : places) {
+        headings.push_back({List::cColumns[place].mHead.mName, List::cColumns[place].mHead.mKind});
+    }
+    Table table(headings, look);
+    for (const auto& row : rows) {
+        std::vector<Cell> cells;
+        for (const std::size_t place : places) {
+            cells.push_back(List::cColumns[place].mCell(row));
+        }
+        table.addLine(cells);
+    }
+    return table.text();
+}
+
+template <typename List>
+void writeJson(std::ostream& out, const std::vector<typename List::Row>& rows)
+{
+    JsonRows array(out, List::cWord);
+    for (const auto& row : rows) {
+        array.add(List::json(row));
+    }
+    array.end();
+}
+
+template <typename List>
+ExitStatus runListOf(const ListOptions& options, std::ostream& out)
+{
+    const auto places = chooseColumns(columnHeads<List>(), options.mColumns);
+    const BusState state = readSource(options.mSource, wantedFor<List>(options, places));
+    const auto rows = List::rows(state, options.mFilter);
+    if (options.mJson) {
+        writeJson<List>(out, rows);
+    } else if (!rows.empty()) {
+        out << tableOf<List>(rows, places, options.mLook);
+    }
+    if (rows.empty()) {
+        complain(std::string("no ") + List::cOne + " fits");
+        return eExitNo;
+    }
+    return eExitYes;
+}
+
+template <typename List>
+constexpr ListKind kindOf(Filters filters)
+{
+    return {List::cWord, filters, columnHeads<List>, runListOf<List>};
+}
+
+} // namespace Inspect
+
+#endif

@@ -1,0 +1,49 @@
+#include "inspect/command_line/options.h"
+#include "inspect/json/state_json.h"
+#include "inspect/save/save.h"
+#include "inspect/state/take_state.h"
+
+#include <memory>
+
+namespace Inspect {
+
+namespace {
+
+struct SaveOptions
+{
+    std::string mChannel = "OXABus";
+    std::string mFile; ///< "-": standard output
+};
+
+ExitStatus runSave(const SaveOptions& options, std::ostream& out)
+{
+    const BusState state = takeState(options.mChannel, Wanted::everything());
+    if (options.mFile == "-") {
+        writeState(out, state);
+    } else {
+        saveState(state, options.mFile);
+    }
+    return eExitYes;
+}
+
+Run addSaveOptions(CLI::App& part)
+{
+    const auto options = std::make_shared<SaveOptions>();
+    part.add_option("file", options->mFile, "The file to write, as JSON; \"-\" is standard output")
+        ->required()
+        ->type_name("FILE")
+        ->multi_option_policy(CLI::MultiOptionPolicy::Throw);
+    addChannelOption(part, options->mChannel);
+    part.footer("The file is replaced in one move when all of it is written, and only its owner may read it.");
+    return [options](std::ostream& out) { return runSave(*options, out); };
+}
+
+} // namespace
+
+const Command cSaveCommand{
+    "save", "Keep the state of a bus in a file",
+    "  zunic_inspect save bus.json                  look at it later by --from bus.json\n"
+    "  zunic_inspect save - | gzip >bus.json.gz     and by zcat bus.json.gz | zunic_inspect list --from -\n",
+    addSaveOptions};
+
+} // namespace Inspect

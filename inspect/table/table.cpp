@@ -1,0 +1,109 @@
+#include "inspect/table/table.h"
+
+#include <cstdlib>
+#include <libsmartcols.h>
+#include <new>
+
+namespace Inspect {
+
+namespace {
+
+constexpr auto cNothing = "-";
+
+/// The library tells of a lack of memory, and of nothing else.
+template <typename Pointer>
+Pointer* checked(Pointer* made)
+{
+    if (made == nullptr) {
+        throw std::bad_alloc();
+    }
+    return made;
+}
+
+void check(int result)
+{
+    if (result != 0) {
+        throw std::bad_alloc();
+    }
+}
+
+int flagsOf(Kind kind)
+{
+    switch (kind) {
+    case Kind::eWord:
+        return 0;
+    case Kind::eNumber:
+        return SCOLS_FL_RIGHT;
+    case Kind::eTree:
+        return SCOLS_FL_TREE | SCOLS_FL_TRUNC;
+    case Kind::eText:
+        break;
+    }
+    return SCOLS_FL_TRUNC;
+}
+
+/// One that reads like an empty one is told from it.
+std::string textOf(const Cell& cell)
+{
+    return cell.mBytes == cNothing ? "\\x2d" : printable(cell.mBytes, cell.mBlanks);
+}
+
+} // namespace
+
+void Table::Release::operator()(libscols_table* table) const
+{
+    scols_unref_table(table);
+}
+
+Table::Table(const std::vector<Heading>& headings, const TableLook& look) : mTable(checked(scols_new_table()))
+{
+    // Cells are printable when they get there.
+    check(scols_table_enable_noencoding(mTable.get(), 1));
+    check(scols_table_enable_nowrap(mTable.get(), 1));
+    check(scols_table_enable_noheadings(mTable.get(), look.mHeadings ? 0 : 1));
+    check(scols_table_enable_colors(mTable.get(), look.mColors ? 1 : 0));
+    for (const Heading& heading : headings) {
+        checked(scols_table_new_column(mTable.get(), heading.mName, 0, flagsOf(heading.mKind)));
+    }
+}
+
+Table::Line Table::addLine(const std::vector<Cell>& cells)
+{
+    const Line line = checked(scols_table_new_line(mTable.get(), nullptr));
+    for (std::size_t column = 0; column < cells.size(); ++column) {
+        fill(line, column, cells[column], cNothing);
+    }
+    return line;
+}
+
+Table::Line Table::addBranch(const std::vector<Cell>& cells, Line parent)
+{
+    const Line line = checked(scols_table_new_line(mTable.get(), parent));
+    for (std::size_t column = 0; column < cells.size(); ++column) {
+        fill(line, column, cells[column], "");
+    }
+    return line;
+}
+
+void Table::fill(Line line, std::size_t column, const Cell& cell, const char* absent)
+{
+    const std::string text = cell.mBytes.empty() ? absent : textOf(cell);
+    check(scols_line_set_data(line, column, text.c_str()));
+    if (cell.mColor != nullptr) {
+        check(scols_cell_set_color(checked(scols_line_get_cell(line, column)), cell.mColor));
+    }
+}
+
+std::string Table::text() const
+{
+    char* printed = nullptr;
+    check(scols_print_table_to_string(mTable.get(), &printed));
+    const std::unique_ptr<char, decltype(&std::free)> owned(printed, std::free);
+    std::string text = printed == nullptr ? "" : printed;
+    if (!text.empty() && !text.ends_with('\n')) {
+        text += '\n';
+    }
+    return text;
+}
+
+} // namespace Inspect
