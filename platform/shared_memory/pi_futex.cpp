@@ -46,11 +46,12 @@ const Thread& thisThread()
     return cachedThread;
 }
 
-/// Bit 0 stands for priority inheritance.
-robust_list* noteOf(const Thread& thread, const std::uint32_t& word)
+/// An address that only the kernel follows; its lowest bit stands for priority inheritance.
+robust_list* noteOf(const Thread& thread, std::uint32_t& word)
 {
-    const auto address = reinterpret_cast<std::uintptr_t>(&word);
-    return reinterpret_cast<robust_list*>((address - static_cast<std::uintptr_t>(thread.robust->futex_offset)) | 1U);
+    constexpr long cPriorityInheritance = 1;
+    return reinterpret_cast<robust_list*>(reinterpret_cast<char*>(&word) - thread.robust->futex_offset +
+                                          cPriorityInheritance);
 }
 
 /// The kernel looks at it at any moment, and no sooner or later than the code says.

@@ -87,7 +87,7 @@ void HostedObject::create(const ChannelOptions& options)
     openNew();
     mGeometry.superblock = planSuperblock(options);
     if (const int error = ZunicChannelObject::readPidNamespace(mGeometry.superblock.pidNamespace)) {
-        fail(error, "cannot tell the PID namespace of channel '" + mChannelName + "'");
+        fail(error, "cannot read /proc/self/ns/pid for channel '" + mChannelName + "'");
     }
     setAccess(options.group);
     if (const int error = allocate(mDescriptor, mGeometry.superblock.objectSize)) {
