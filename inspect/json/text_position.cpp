@@ -33,9 +33,10 @@ public:
         mSteps.back().mKey = name;
         return true;
     }
-    bool parse_error(std::size_t /*position*/, const std::string& /*token*/,
+    bool parse_error(std::size_t position, const std::string& /*token*/,
                      const nlohmann::detail::exception& /*error*/) override
     {
+        mFound = position > 0 ? position - 1 : 0;
         return false;
     }
 
