@@ -87,6 +87,7 @@ constexpr std::pair<const char*, void (*)(const Numbers&)> cDamages[] = {
     {"one slot more", [](auto& in) { ++in.slots; }},
     // 448 times this is 0 in 32 bits.
     {"slots overflow", [](auto& in) { in.slots = 1U << 31; }},
+    {"pool over pool", [](auto& in) { in.entries[1].poolOffset = in.entries[0].poolOffset; }},
     {"pool before pools", [](auto& in) { in.entries[0].poolOffset -= 8; }},
     {"pool behind pools", [](auto& in) { in.entries[1].poolOffset += 1; }},
     {"pool nowhere", [](auto& in) { in.entries[1].poolOffset = UINT64_MAX - 4095; }},

@@ -120,10 +120,16 @@ int readGeometry(int descriptor, Geometry& geometry)
         return result;
     }
     geometry.pools.resize(geometry.superblock.memoryManagerCount);
+    std::uint64_t end = 0; // Pools that shared bytes could stand for any number of copies of one block.
     for (std::uint32_t index = 0; index < geometry.superblock.memoryManagerCount; ++index) {
         if (const int result = readPool(descriptor, geometry.superblock, index, geometry.pools[index])) {
             return result;
         }
+        const PoolGeometry& pool = geometry.pools[index];
+        if (pool.offset < end) {
+            return EBADMSG;
+        }
+        end = pool.offset + pool.blockSize * pool.maximumBlocks;
     }
     return 0;
 }
