@@ -232,9 +232,9 @@ std::string readText(std::istream& in)
 std::string reasonOf(const Json::exception& error)
 {
     const std::string what = error.what();
-    const std::size_t begin = what.find(": ");
-    const std::size_t end = what.find("; last read:");
-    return begin == std::string::npos ? what : what.substr(begin + 2, end - begin - 2);
+    const std::size_t place = what.find(": ");
+    const std::size_t begin = place == std::string::npos ? what.find("] ") : place;
+    return what.substr(begin + 2, what.find("; last read:") - (begin + 2));
 }
 
 } // namespace
