@@ -1,13 +1,18 @@
 #include "oxa/oxa_zunic_communication_channel.h"
 #include "support/error_of.h"
+#include "support/forked_child.h"
 #include "support/live_bus.h"
 #include "zunic_hosting/channel_format.h"
 #include "zunic_hosting/hosted_channel.h"
 
 #include <cerrno>
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sched.h>
 #include <sys/stat.h>
 
+using TestSupport::ForkedChild;
+using TestSupport::Gate;
 using TestSupport::readFile;
 using TestSupport::uniqueChannelName;
 using ZunicFormat::Area;
@@ -82,6 +87,7 @@ constexpr std::pair<const char*, void (*)(const Numbers&)> cDamages[] = {
     {"one slot more", [](auto& in) { ++in.slots; }},
     // 448 times this is 0 in 32 bits.
     {"slots overflow", [](auto& in) { in.slots = 1U << 31; }},
+    {"pool over pool", [](auto& in) { in.entries[1].poolOffset = in.entries[0].poolOffset; }},
     {"pool before pools", [](auto& in) { in.entries[0].poolOffset -= 8; }},
     {"pool behind pools", [](auto& in) { in.entries[1].poolOffset += 1; }},
     {"pool nowhere", [](auto& in) { in.entries[1].poolOffset = UINT64_MAX - 4095; }},
@@ -127,6 +133,58 @@ TEST(AttachingToAChannel, refusesWhatIsNoWholeChannel)
     ASSERT_EQ(mkfifo(objectOf(name).c_str(), S_IRUSR | S_IWUSR), 0);
     EXPECT_EQ(attach(name.c_str()), EBADMSG);
     std::filesystem::remove(objectOf(name));
+}
+
+TEST(AttachingToAChannel, refusesHolesAndWaitsForNoLease)
+{
+    const std::string name = uniqueChannelName();
+    TestSupport::writeFile(objectOf(name), imageOfAChannel());
+    const int owner = open(objectOf(name).c_str(), O_RDWR);
+    std::signal(SIGIO, SIG_IGN);
+    ASSERT_EQ(fcntl(owner, F_SETLEASE, F_WRLCK), 0);
+    EXPECT_EQ(attach(name.c_str()), EWOULDBLOCK);
+    EXPECT_EQ(TestSupport::errorOf([&] { HostedChannel::attach(name); }), EWOULDBLOCK);
+    ASSERT_EQ(fcntl(owner, F_SETLEASE, F_UNLCK), 0);
+    EXPECT_EQ(attach(name.c_str()), 0);
+
+    ASSERT_EQ(fallocate(owner, FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, 8192, 1), 0);
+    EXPECT_EQ(attach(name.c_str()), 0) << "less than a page makes no hole";
+    ASSERT_EQ(fallocate(owner, FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, 8192, 4096), 0);
+    EXPECT_EQ(attach(name.c_str()), EBADMSG);
+    EXPECT_EQ(TestSupport::errorOf([&] { HostedChannel::attach(name); }), EBADMSG);
+    close(owner);
+    std::filesystem::remove(objectOf(name));
+}
+
+TEST(AttachingToAChannel, refusesAHostInAnotherPidNamespace)
+{
+    const HostedChannel outside = createChannel();
+    const std::string inside = uniqueChannelName();
+    const Gate hosted;
+    const Gate seen;
+    ForkedChild maker([&] {
+        if (unshare(CLONE_NEWPID) != 0) {
+            hosted.open();
+            return 1;
+        }
+        ForkedChild child([&] {
+            const bool isRefused = attach(outside.name().c_str()) == EREMOTE &&
+                                   TestSupport::errorOf([&] { HostedChannel::attach(outside.name()); }) == EREMOTE;
+            const HostedChannel own = createChannel(inside);
+            const bool isUsable = attach(inside.c_str()) == 0;
+            return hosted.open() && seen.await() && isRefused && isUsable ? 0 : 2;
+        });
+        return child.wait();
+    });
+    ASSERT_TRUE(hosted.await());
+    const int result = attach(inside.c_str());
+    if (result == ENOENT) {
+        GTEST_SKIP() << "no namespace may be made here";
+    }
+    EXPECT_EQ(result, EREMOTE);
+    EXPECT_EQ(TestSupport::errorOf([&] { createChannel(inside); }), EEXIST);
+    seen.open();
+    EXPECT_EQ(maker.wait(), 0) << "refused too little or too much in there";
 }
 
 TEST(AttachingToAChannel, refusesEveryNumberThatDoesNotFit)

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <numeric>
 #include <unistd.h>
@@ -91,6 +92,32 @@ TEST(FaultOfPermission, ChannelIsForItsOwnerAndItsGroup)
         EXPECT_EQ(result.status, isLetIn ? 0 : static_cast<int>(OxaResult::cObjectInvalid.code()));
         EXPECT_EQ(result.errors.empty(), isLetIn) << result.errors;
     }
+}
+
+/// Neither may touch the mutex, or take longer than any other channel that is none.
+TEST(FaultOfPermission, NoneIsGivenByAnotherPidNamespaceOrALease)
+{
+    const HostedChannel channel = HostedChannel::create({.name = uniqueChannelName()});
+    const auto& mutex = reinterpret_cast<const ZunicFormat::Registry*>(channel.registry())->mutex;
+    const std::vector<std::uint8_t> before(std::begin(mutex), std::end(mutex));
+    const std::string refusal = "Failed to initialise (using shared memory channel name \"" + channel.name() + "\")\n";
+    if (runProgram({"/usr/bin/unshare", "-pf", "/bin/true"}).status == 0) {
+        const ProgramResult result =
+            runEnquirer({"-i", "Clock", channel.name()}, {.launcher = {"/usr/bin/unshare", "-pf"}});
+        EXPECT_EQ(result.status, static_cast<int>(OxaResult::cObjectInvalid.code()));
+        EXPECT_EQ(result.errors, refusal);
+        EXPECT_THAT(mutex, testing::ElementsAreArray(before));
+    }
+
+    const std::string squatted = "/dev/shm/zunic." + channel.name() + "x";
+    writeFile(squatted, "");
+    const int owner = open(squatted.c_str(), O_RDWR);
+    std::signal(SIGIO, SIG_IGN);
+    ASSERT_EQ(fcntl(owner, F_SETLEASE, F_WRLCK), 0);
+    EXPECT_EQ(runEnquirer({"-i", "Clock", channel.name() + "x"}, {.watchdog = std::chrono::seconds(20)}).status,
+              static_cast<int>(OxaResult::cObjectInvalid.code()));
+    close(owner);
+    std::filesystem::remove(squatted);
 }
 
 std::string everyByteButNul()

@@ -11,6 +11,8 @@
 #include <chrono>
 #include <cstring>
 #include <gmock/gmock.h>
+#include <linux/futex.h>
+#include <map>
 #include <random>
 #include <span>
 #include <sys/ptrace.h>
@@ -150,6 +152,37 @@ TEST(FaultOfAMutexHolder, StoppedForLong)
     EXPECT_EQ(holder.wait(), 0);
     EXPECT_EQ(runEnquirer(query).status, 0);
     channel.lock().registerInterface({.interfaceName = "Clock", .roleName = "Navigator"});
+}
+
+/// Somebody who writes what he likes over all of the mutex but its marker, while the tool waits for it and holds it.
+TEST(FaultOfTheMutex, OverwrittenAllTheTime)
+{
+    const HostedChannel channel = HostedChannel::create({.name = uniqueChannelName()});
+    auto* const mutex =
+        reinterpret_cast<volatile std::uint32_t*>(channel.registry() + offsetof(ZunicFormat::Registry, mutex));
+    const ForkedChild vandal([&] {
+        std::minstd_rand random;
+        constexpr std::uint32_t cNobody = 0x3FFFFFF0;
+        for (const std::uint32_t words[] = {0, 0, 0, cNobody, FUTEX_OWNER_DIED, FUTEX_OWNER_DIED | cNobody};;) {
+            mutex[0] = words[random() % std::size(words)];
+            for (int field = 1; field < 10; ++field) {
+                mutex[field] = static_cast<std::uint32_t>(random());
+            }
+            if (random() % 16 == 0) {
+                usleep(static_cast<useconds_t>(random() % 1000));
+            }
+        }
+        return 0;
+    });
+    std::map<int, int> ends;
+    const int runs = rounds(100, 10'000);
+    for (int i = 0; i < runs; ++i) {
+        ++ends[runEnquirer({"-i", "Clock", channel.name()}).status];
+    }
+    const int answered = ends[static_cast<int>(OxaResult::cObjectNotFound.code())];
+    const int refused = ends[static_cast<int>(OxaResult::cFailed.code())];
+    EXPECT_EQ(answered + refused, runs) << testing::PrintToString(ends);
+    figures() << answered << " answered, " << refused << " refused\n";
 }
 
 /// Neither as the dead nor as the stopped holder may the tool be in the bus's way. All its threads have to agree on

@@ -72,7 +72,8 @@ void addFilterOptions(CLI::App& part, InterfaceFilter& filter)
 
 void addLookOptions(CLI::App& part, TableLook& look)
 {
-    part.add_flag("--noheadings", [&look](std::int64_t) { look.mHeadings = false; }, "Leave out the headings");
+    part.add_flag(
+        "--noheadings", [&look](std::int64_t) { look.mHeadings = false; }, "Leave out the headings");
     look.mColors = areColorsWanted("auto");
     part.add_option_function<std::string>(
             "--color", [&look](const std::string& choice) { look.mColors = areColorsWanted(choice); },

@@ -40,6 +40,8 @@ public:
         }
     }
 
+    std::uint64_t unsignedUpTo(std::uint64_t most) const;
+
     template <std::unsigned_integral Number>
     Number number() const
     {
@@ -58,7 +60,6 @@ private:
     {}
 
     void requireArray() const;
-    std::uint64_t unsignedUpTo(std::uint64_t most) const;
     std::string pointer() const;
 
     const Json& mValue;

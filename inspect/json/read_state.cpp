@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <limits>
 
 namespace Inspect {
 
@@ -14,7 +15,11 @@ namespace {
 /// No state is deeper, and what later versions add will not be by much. Without a bound a hostile file could ask for
 /// any amount of memory.
 constexpr std::size_t cMostNesting = 32;
+constexpr std::uint64_t cMostTime = std::numeric_limits<std::int64_t>::max();
 constexpr std::size_t cMostBytes = std::size_t{1} << 30;
+
+/// A JSON pointer to no place at all.
+constexpr auto cNowhere = "nowhere";
 
 /// The number of a word, or the number itself.
 template <typename NumberFor>
@@ -98,7 +103,7 @@ Communicator readCommunicator(const JsonPlace& place)
         process.mApplication = application.name();
     }
     if (const JsonPlace started = place["started_ms_after_boot"]; !started.value().is_null()) {
-        process.mStartedAfterBoot = std::chrono::milliseconds(started.number<std::uint32_t>());
+        process.mStartedAfterBoot = std::chrono::milliseconds(started.unsignedUpTo(cMostTime));
     }
     process.mLiving = enumerator<Living>(place["living"], 0, 3, livingWord);
     return communicator;
@@ -191,7 +196,7 @@ BusState readDocument(const JsonPlace& document)
     state.mTakenAt = readTime(document["taken_at"]);
     state.mBootId = document["boot_id"].name();
     state.mProgramVersion = document["program_version"].name();
-    state.mMutexHeld = std::chrono::nanoseconds(document["mutex_held_ns"].number<std::uint32_t>());
+    state.mMutexHeld = std::chrono::nanoseconds(document["mutex_held_ns"].unsignedUpTo(cMostTime));
     document["interfaces"].forEach([&](const JsonPlace& place) {
         state.mInterfaces.push_back(readInterface(place));
         const std::size_t count = state.mInterfaces.size();
@@ -224,12 +229,12 @@ std::string readText(std::istream& in)
 }
 
 /// The reason without what the library puts in front of it, and without the text around the place.
-std::string reasonOf(const Json::parse_error& error)
+std::string reasonOf(const Json::exception& error)
 {
     const std::string what = error.what();
-    const std::size_t begin = what.find(": ");
-    const std::size_t end = what.find("; last read:");
-    return begin == std::string::npos ? what : what.substr(begin + 2, end - begin - 2);
+    const std::size_t place = what.find(": ");
+    const std::size_t begin = place == std::string::npos ? what.find("] ") : place;
+    return what.substr(begin + 2, what.find("; last read:") - (begin + 2));
 }
 
 } // namespace
@@ -244,8 +249,8 @@ BusState readState(std::istream& in)
     try {
         const Json document = Json::parse(text);
         return readDocument(JsonPlace(document));
-    } catch (const Json::parse_error& error) {
-        throw NoState(at(error.byte > 0 ? error.byte - 1 : 0) + "no JSON: " + reasonOf(error));
+    } catch (const Json::exception& error) {
+        throw NoState(at(offsetOf(text, cNowhere)) + "no JSON: " + reasonOf(error));
     } catch (const Misplaced& mistake) {
         throw NoState(at(offsetOf(text, mistake.mPointer)) + mistake.mPointer + (mistake.mPointer.empty() ? "" : ": ") +
                       mistake.what());

@@ -17,13 +17,13 @@ public:
 
     std::size_t found() const { return mFound; }
 
-    bool null() override { return visit(); }
-    bool boolean(bool /*value*/) override { return visit(); }
-    bool number_integer(number_integer_t /*value*/) override { return visit(); }
-    bool number_unsigned(number_unsigned_t /*value*/) override { return visit(); }
-    bool number_float(number_float_t /*value*/, const string_t& /*text*/) override { return visit(); }
-    bool string(string_t& /*value*/) override { return visit(); }
-    bool binary(binary_t& /*value*/) override { return visit(); }
+    bool null() override { return visit() && advance(); }
+    bool boolean(bool /*value*/) override { return visit() && advance(); }
+    bool number_integer(number_integer_t /*value*/) override { return visit() && advance(); }
+    bool number_unsigned(number_unsigned_t /*value*/) override { return visit() && advance(); }
+    bool number_float(number_float_t /*value*/, const string_t& /*text*/) override { return visit() && advance(); }
+    bool string(string_t& /*value*/) override { return visit() && advance(); }
+    bool binary(binary_t& /*value*/) override { return visit() && advance(); }
     bool start_object(std::size_t /*size*/) override { return visit() && enter(false); }
     bool start_array(std::size_t /*size*/) override { return visit() && enter(true); }
     bool end_object() override { return leave(); }
@@ -33,9 +33,10 @@ public:
         mSteps.back().mKey = name;
         return true;
     }
-    bool parse_error(std::size_t /*position*/, const std::string& /*token*/,
+    bool parse_error(std::size_t position, const std::string& /*token*/,
                      const nlohmann::detail::exception& /*error*/) override
     {
+        mFound = position > 0 ? position - 1 : 0;
         return false;
     }
 
@@ -63,9 +64,11 @@ private:
         if (mWanted.starts_with(pointer) && (mWanted.size() == pointer.size() || mWanted[pointer.size()] == '/')) {
             mFound = mConsumed > 0 ? mConsumed - 1 : 0;
         }
-        if (pointer == mWanted) {
-            return false;
-        }
+        return pointer != mWanted;
+    }
+
+    bool advance()
+    {
         if (!mSteps.empty()) {
             ++mSteps.back().mIndex;
         }
@@ -81,7 +84,7 @@ private:
     bool leave()
     {
         mSteps.pop_back();
-        return true;
+        return advance();
     }
 
     const std::size_t& mConsumed;

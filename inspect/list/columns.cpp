@@ -21,8 +21,8 @@ std::string namesOf(const std::vector<ColumnHead>& heads)
 
 std::size_t placeOf(const std::string& name, const std::vector<ColumnHead>& heads)
 {
-    const auto found = std::ranges::find_if(
-        heads, [&](const ColumnHead& head) { return strcasecmp(head.mName, name.c_str()) == 0; });
+    const auto found =
+        std::ranges::find_if(heads, [&](const ColumnHead& head) { return strcasecmp(head.mName, name.c_str()) == 0; });
     if (found == heads.end()) {
         throw UsageMistake("unknown column: " + name + " (there are " + namesOf(heads) + ")");
     }

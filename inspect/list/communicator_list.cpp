@@ -1,5 +1,5 @@
-#include "inspect/table/cells.h"
 #include "inspect/list/listing.h"
+#include "inspect/table/cells.h"
 
 #include <unordered_map>
 

@@ -1,6 +1,6 @@
-#include "inspect/table/cells.h"
 #include "inspect/list/listing.h"
 #include "inspect/relations/relations.h"
+#include "inspect/table/cells.h"
 #include "inspect/words/words.h"
 
 namespace Inspect {
@@ -51,7 +51,8 @@ const std::vector<Column<Row>> InterfaceList::cColumns{
     {{"DOMAIN", "its domain"}, [](const Row& row) { return Cell{row.mInterface.mDomain}; }},
     {{"TYPE", "skeleton (provides it) or stub (uses it)", Kind::eWord},
      [](const Row& row) { return Cell{typeWord(row.mInterface.mType)}; }},
-    {{"VERSION", "its version", Kind::eWord}, [](const Row& row) { return Cell{versionWord(row.mInterface.mVersion)}; }},
+    {{"VERSION", "its version", Kind::eWord},
+     [](const Row& row) { return Cell{versionWord(row.mInterface.mVersion)}; }},
     {{"STATE", "registered, or preregistered: required, but not there yet", Kind::eWord},
      [](const Row& row) { return stateCell(row.mInterface.mState); }},
     {{"COMM", "id of its communicator", Kind::eNumber, Shown::eOnRequest},

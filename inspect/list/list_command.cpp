@@ -86,13 +86,12 @@ Run addListOptions(CLI::App& part)
 
 } // namespace
 
-const Command cListCommand{
-    "list", "Show what is on a bus, as a table",
-    "  zunic_inspect list                           the interfaces on the channel OXABus\n"
-    "  zunic_inspect list --name Clock -o ROLE,APP  who provides and who uses Clock\n"
-    "  zunic_inspect list --type stub --app 'nav*'  what the applications nav* use\n"
-    "  zunic_inspect list processes -c other        the processes on another channel\n"
-    "  zunic_inspect list messages --from bus.json  what lay in the message storage then\n",
-    addListOptions};
+const Command cListCommand{"list", "Show what is on a bus, as a table",
+                           "  zunic_inspect list                           the interfaces on the channel OXABus\n"
+                           "  zunic_inspect list --name Clock -o ROLE,APP  who provides and who uses Clock\n"
+                           "  zunic_inspect list --type stub --app 'nav*'  what the applications nav* use\n"
+                           "  zunic_inspect list processes -c other        the processes on another channel\n"
+                           "  zunic_inspect list messages --from bus.json  what lay in the message storage then\n",
+                           addListOptions};
 
 } // namespace Inspect

@@ -1,5 +1,5 @@
-#include "inspect/table/cells.h"
 #include "inspect/list/listing.h"
+#include "inspect/table/cells.h"
 
 #include <array>
 #include <cstdio>
@@ -55,7 +55,8 @@ Cell shareCell(const Row& row)
     }
     std::array<char, 32> text{};
     std::snprintf(text.data(), text.size(), "%.0f%%",
-                  100.0 * static_cast<double>(row.mFigures.mUsedBlocks) / static_cast<double>(row.mFigures.mTotalBlocks));
+                  100.0 * static_cast<double>(row.mFigures.mUsedBlocks) /
+                      static_cast<double>(row.mFigures.mTotalBlocks));
     return {text.data()};
 }
 

@@ -1,6 +1,6 @@
-#include "inspect/table/cells.h"
 #include "inspect/list/listing.h"
 #include "inspect/relations/relations.h"
+#include "inspect/table/cells.h"
 #include "inspect/words/words.h"
 
 namespace Inspect {
@@ -66,7 +66,8 @@ Cell faultCell(const Row& row)
 
 const std::vector<Column<Row>> MessageList::cColumns{
     {{"SLOT", "index of the slot", Kind::eNumber}, [](const Row& row) { return numberCell(row.mSlot.mIndex); }},
-    {{"STATE", "reserved, written (being filled), message (there to be read) or data (of a message's chain)", Kind::eWord},
+    {{"STATE", "reserved, written (being filled), message (there to be read) or data (of a message's chain)",
+      Kind::eWord},
      [](const Row& row) { return Cell{slotStateWord(row.mSlot.mState)}; }},
     {{"COUNTER", "writer counter", Kind::eNumber}, [](const Row& row) { return numberCell(row.mSlot.mWriterCounter); }},
     {{"SIZE", "size of the user data", Kind::eNumber},

@@ -1,6 +1,6 @@
-#include "inspect/table/cells.h"
 #include "inspect/list/listing.h"
 #include "inspect/relations/relations.h"
+#include "inspect/table/cells.h"
 
 #include <map>
 

@@ -9,11 +9,16 @@ namespace Inspect {
 namespace {
 
 const std::vector<Heading> cHeadings{
-    {"INTERFACE", Kind::eTree}, {"ROLE"},
-    {"DOMAIN"},                 {"ID", Kind::eNumber},
-    {"TYPE", Kind::eWord},      {"VERSION", Kind::eWord},
-    {"STATE", Kind::eWord},     {"PID", Kind::eNumber},
-    {"LIVING", Kind::eWord},    {"APP"},
+    {"INTERFACE", Kind::eTree},
+    {"ROLE"},
+    {"DOMAIN"},
+    {"ID", Kind::eNumber},
+    {"TYPE", Kind::eWord},
+    {"VERSION", Kind::eWord},
+    {"STATE", Kind::eWord},
+    {"PID", Kind::eNumber},
+    {"LIVING", Kind::eWord},
+    {"APP"},
 };
 
 Cell label(const std::string& text)
@@ -40,11 +45,11 @@ private:
     Table::Line addInterface(const Interface& interface, Table::Line parent)
     {
         const Communicator* const owner = mOwners.of(interface);
-        return mTable.addBranch(
-            {Cell{interface.mName}, Cell{interface.mRole}, Cell{interface.mDomain}, numberCell(interface.mId),
-             Cell{typeWord(interface.mType)}, Cell{versionWord(interface.mVersion)}, stateCell(interface.mState),
-             processIdCell(owner), livingCell(owner), applicationCell(owner)},
-            parent);
+        return mTable.addBranch({Cell{interface.mName}, Cell{interface.mRole}, Cell{interface.mDomain},
+                                 numberCell(interface.mId), Cell{typeWord(interface.mType)},
+                                 Cell{versionWord(interface.mVersion)}, stateCell(interface.mState),
+                                 processIdCell(owner), livingCell(owner), applicationCell(owner)},
+                                parent);
     }
 
     void addFunctions(const Interface& interface, Table::Line root)

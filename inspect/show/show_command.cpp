@@ -22,12 +22,11 @@ Run addShowOptions(CLI::App& part)
 
 } // namespace
 
-const Command cShowCommand{
-    "show", "Show an interface whole: owner, functions, who provides it and who uses it",
-    "  zunic_inspect show Clock                     every interface of that name\n"
-    "  zunic_inspect show 5                         the interface with that id\n"
-    "  zunic_inspect show Clock --from bus.json     as it was when the state was saved\n"
-    "  zunic_inspect show --json Clock | jq .       for a program\n",
-    addShowOptions};
+const Command cShowCommand{"show", "Show an interface whole: owner, functions, who provides it and who uses it",
+                           "  zunic_inspect show Clock                     every interface of that name\n"
+                           "  zunic_inspect show 5                         the interface with that id\n"
+                           "  zunic_inspect show Clock --from bus.json     as it was when the state was saved\n"
+                           "  zunic_inspect show --json Clock | jq .       for a program\n",
+                           addShowOptions};
 
 } // namespace Inspect

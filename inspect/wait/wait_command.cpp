@@ -49,11 +49,10 @@ Run addWaitOptions(CLI::App& part)
 
 } // namespace
 
-const Command cWaitCommand{
-    "wait", "Wait until interfaces are registered, or gone",
-    "  zunic_inspect wait Clock --type skeleton     until somebody provides Clock\n"
-    "  zunic_inspect wait Clock Audio --timeout 2m  until both are there, two minutes at most\n"
-    "  zunic_inspect wait Clock --gone --app clockd until clockd has taken it back\n",
-    addWaitOptions};
+const Command cWaitCommand{"wait", "Wait until interfaces are registered, or gone",
+                           "  zunic_inspect wait Clock --type skeleton     until somebody provides Clock\n"
+                           "  zunic_inspect wait Clock Audio --timeout 2m  until both are there, two minutes at most\n"
+                           "  zunic_inspect wait Clock --gone --app clockd until clockd has taken it back\n",
+                           addWaitOptions};
 
 } // namespace Inspect

@@ -1,8 +1,6 @@
 #include "attached_channel.h"
 
-#include <algorithm>
 #include <cerrno>
-#include <fcntl.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -40,7 +38,7 @@ int AttachedChannel::attach(const char* channelName)
         return EINVAL;
     }
     // For writing as well: the mutex has to be.
-    const int descriptor = shm_open(objectName->c_str(), O_RDWR, 0);
+    const int descriptor = ZunicChannelObject::openObject(*objectName);
     if (descriptor < 0) {
         return errno;
     }
@@ -112,10 +110,13 @@ const std::byte* AttachedChannel::findBlock(oxa_zunic_range_location location, s
     return mBytes + pool.offset + location.range_index * pool.blockSize;
 }
 
-const std::byte* AttachedChannel::keepCopy(oxa_zunic_range_location location, std::vector<std::byte> copy)
+const std::vector<std::byte>* AttachedChannel::findCopy(oxa_zunic_range_location location) const
 {
-    const std::pair key(location.memory_manager_index, location.range_index);
-    const auto [begin, end] = mCopies.equal_range(key);
-    const auto same = std::find_if(begin, end, [&](const auto& kept) { return kept.second == copy; });
-    return (same != end ? same : mCopies.emplace(key, std::move(copy)))->second.data();
+    const auto found = mCopies.find({location.memory_manager_index, location.range_index});
+    return found == mCopies.end() ? nullptr : &found->second;
+}
+
+const std::vector<std::byte>& AttachedChannel::keepCopy(oxa_zunic_range_location location, std::vector<std::byte> copy)
+{
+    return mCopies[{location.memory_manager_index, location.range_index}] = std::move(copy);
 }

@@ -34,9 +34,10 @@ public:
     /// The block at `location`, `size` bytes: null when there is no such block or it is not in use.
     const std::byte* findBlock(oxa_zunic_range_location location, std::uint64_t& size) const;
 
-    /// Keeps the copy of a block as long as this object lives, and returns where its bytes are. Of copies that are all
-    /// the same one is kept: a damaged registry may name one block a thousand times.
-    const std::byte* keepCopy(oxa_zunic_range_location location, std::vector<std::byte> copy);
+    /// The copy that is kept of the block at `location`; null when there is none.
+    const std::vector<std::byte>* findCopy(oxa_zunic_range_location location) const;
+    /// Keeps the only copy of that block as long as this object lives, and returns it.
+    const std::vector<std::byte>& keepCopy(oxa_zunic_range_location location, std::vector<std::byte> copy);
 
 private:
     int map(int descriptor);
@@ -45,7 +46,7 @@ private:
     ZunicChannelObject::Geometry mGeometry{};
     std::byte* mBytes = nullptr;
     std::size_t mSize = 0;
-    std::multimap<std::pair<std::uint16_t, std::uint16_t>, std::vector<std::byte>> mCopies; ///< by location
+    std::map<std::pair<std::uint16_t, std::uint16_t>, std::vector<std::byte>> mCopies; ///< by location
 };
 
 struct oxa_zunic_memory_dispatcher_struct

@@ -45,9 +45,8 @@ bool areNamesInside(const FunctionStorageHeader& header, const std::byte* record
     return true;
 }
 
-/// All zero, which is no valid storage, when the block does not hold a function storage.
-MappedFunctionStorage mapBlock(AttachedChannel& channel, oxa_zunic_range_location location, const std::byte* block,
-                               std::uint64_t blockSize)
+/// A checked copy of the function storage in a block; empty when it holds none.
+std::vector<std::byte> copyBlock(const std::byte* block, std::uint64_t blockSize)
 {
     FunctionStorageHeader header{};
     if (blockSize < sizeof(header)) {
@@ -64,12 +63,28 @@ MappedFunctionStorage mapBlock(AttachedChannel& channel, oxa_zunic_range_locatio
     std::vector<std::byte> copy(sizeof(header) + recordsSize + header.namesSize);
     std::memcpy(copy.data(), &header, sizeof(header));
     std::memcpy(copy.data() + sizeof(header), block + sizeof(header), copy.size() - sizeof(header));
-    if (!areNamesInside(header, copy.data() + sizeof(header))) {
-        return {};
+    return areNamesInside(header, copy.data() + sizeof(header)) ? copy : std::vector<std::byte>();
+}
+
+MappedFunctionStorage show(const std::vector<std::byte>& copy)
+{
+    FunctionStorageHeader header{};
+    std::memcpy(&header, copy.data(), sizeof(header));
+    const std::byte* const records = copy.data() + sizeof(header);
+    return {cValid, {},      copy.data() + offsetof(FunctionStorageHeader, functionCount),
+            0,      records, records + header.functionCount * sizeof(FunctionRecord)};
+}
+
+/// All zero, which is no valid storage, when the block does not hold a function storage.
+MappedFunctionStorage mapBlock(AttachedChannel& channel, oxa_zunic_range_location location, const std::byte* block,
+                               std::uint64_t blockSize)
+{
+    // One copy for each place, and not for each version of it: a registry may name one that changes a thousand times.
+    if (const std::vector<std::byte>* const kept = channel.findCopy(location)) {
+        return show(*kept);
     }
-    const std::byte* const kept = channel.keepCopy(location, std::move(copy));
-    const std::byte* const records = kept + sizeof(header);
-    return {cValid, {}, kept + offsetof(FunctionStorageHeader, functionCount), 0, records, records + recordsSize};
+    std::vector<std::byte> copy = copyBlock(block, blockSize);
+    return copy.empty() ? MappedFunctionStorage{} : show(channel.keepCopy(location, std::move(copy)));
 }
 
 } // namespace

@@ -29,8 +29,16 @@ struct Geometry
 /// The name of the shared-memory object of `channel`; none when no channel can have that name.
 std::optional<std::string> objectName(std::string_view channel);
 
-/// Reads the geometry of the object behind `descriptor`: 0, or EBADMSG when it is not a whole channel, or another errno
-/// value. Reads each number once; nothing that changes later has any influence.
+/// Opens an object for reading and writing: a descriptor, or -1 with errno set. Waits for nobody who has a lease on it
+/// (EWOULDBLOCK).
+int openObject(const std::string& objectName);
+
+/// Puts the PID namespace of this process into `pidNamespace`: 0, or an errno value where /proc does not tell.
+int readPidNamespace(ZunicFormat::PidNamespace& pidNamespace);
+
+/// Reads the geometry of the object behind `descriptor`: 0, or EBADMSG when it is not a whole channel or has holes,
+/// EREMOTE when its host is in another PID namespace, or another errno value. Reads each number once; nothing that
+/// changes later has any influence.
 int readGeometry(int descriptor, Geometry& geometry);
 
 /// True when every area lies inside an object of `objectSize` bytes, is aligned, and overlaps no other.

@@ -86,9 +86,13 @@ void HostedObject::create(const ChannelOptions& options)
     checkOptions(options);
     openNew();
     mGeometry.superblock = planSuperblock(options);
+    if (const int error = ZunicChannelObject::readPidNamespace(mGeometry.superblock.pidNamespace)) {
+        fail(error, "cannot read /proc/self/ns/pid for channel '" + mChannelName + "'");
+    }
     setAccess(options.group);
     if (const int error = allocate(mDescriptor, mGeometry.superblock.objectSize)) {
-        fail(error, "cannot allocate channel '" + mChannelName + "'");
+        fail(error, "cannot allocate " + std::to_string(mGeometry.superblock.objectSize) +
+                        " bytes of /dev/shm for channel '" + mChannelName + "'");
     }
     map(mGeometry.superblock.objectSize);
     fill(options);
@@ -116,7 +120,7 @@ void HostedObject::openNew()
 /// Removes an object that nobody hosts, or finds it gone: true. False with errno EEXIST when it is hosted.
 bool HostedObject::removeStale() const
 {
-    const int descriptor = shm_open(mObjectName.c_str(), O_RDWR, 0);
+    const int descriptor = ZunicChannelObject::openObject(mObjectName);
     if (descriptor < 0) {
         return errno == ENOENT;
     }

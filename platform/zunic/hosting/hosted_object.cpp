@@ -3,7 +3,6 @@
 #include "publishing.h"
 
 #include <cstring>
-#include <fcntl.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -37,7 +36,7 @@ HostedObject::~HostedObject()
 
 void HostedObject::attach()
 {
-    mDescriptor = shm_open(mObjectName.c_str(), O_RDWR, 0);
+    mDescriptor = ZunicChannelObject::openObject(mObjectName);
     if (mDescriptor < 0) {
         fail(errno, "cannot open channel '" + mChannelName + "'");
     }

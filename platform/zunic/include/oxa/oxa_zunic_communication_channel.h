@@ -13,8 +13,10 @@ extern "C" {
 
 /// Attaches to the existing channel `name` and puts its handle, owned by the caller, into `channel`: 0, or an errno
 /// value with `channel` set to null. Never creates a channel. ENOENT: no such channel. EACCES: no permission.
-/// EINVAL: no possible channel name. EBADMSG: an object of that name is not a channel, or is cut short.
-/// The channel is mapped read-only, but for the memory page that holds the registry mutex.
+/// EINVAL: no possible channel name. EBADMSG: an object of that name is not a channel, is cut short, or has
+/// holes. EREMOTE: the channel's host is in another PID namespace. ENOENT also where /proc does not tell the namespace
+/// of this process. EWOULDBLOCK: somebody has a lease on the object. The channel is mapped read-only, but for the
+/// memory page that holds the registry mutex.
 int oxa_zunic_communication_channel_create(const char* name, oxa_zunic_communication_channel** channel);
 
 /// True when the channel's host has finished setting it up.

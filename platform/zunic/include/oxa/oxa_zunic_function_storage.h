@@ -28,6 +28,8 @@ extern "C" {
 
 /// Fills in `storage` for the block at `location`: 0, or an errno value where there is no such block.
 /// What `storage` points to is a checked private copy, owned by the channel handle and valid until it is destroyed.
+/// A place that was valid once answers from that copy as long as a block is in use there: the handle shows what it held
+/// first, whatever was published there since.
 int oxa_zunic_function_storage_map(oxa_zunic_memory_dispatcher_struct* dispatcher, oxa_zunic_range_location location,
                                    oxa_zunic_function_storage* storage);
 

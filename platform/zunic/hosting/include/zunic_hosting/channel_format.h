@@ -139,9 +139,18 @@ struct Area
 };
 
 constexpr std::uint64_t cMagic = 0x4853'4349'4e55'5a00; // "\0ZUNICSH"
-constexpr std::uint32_t cVersion = 1;
+constexpr std::uint32_t cVersion = 2;
 constexpr std::uint64_t cSuperblockSize = 4096;
 constexpr std::uint64_t cAreaAlignment = 8;
+
+/// What identifies a PID namespace as long as a process lives in it; see namespaces(7).
+struct PidNamespace
+{
+    std::uint64_t device;
+    std::uint64_t inode;
+
+    bool operator==(const PidNamespace&) const = default;
+};
 
 struct Superblock
 {
@@ -155,6 +164,7 @@ struct Superblock
     Area messages;
     Area memoryManagers;
     Area pools;
+    PidNamespace pidNamespace; // of the host: process ids, and the thread ids in the registry mutex, are those of there
 };
 
 static_assert(sizeof(Superblock) <= cSuperblockSize);

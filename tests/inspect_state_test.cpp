@@ -1,0 +1,150 @@
+#include "inspect/json/state_json.h"
+#include "inspect/save/save.h"
+#include "inspect/state/take_state.h"
+#include "support/live_bus.h"
+#include "support/text.h"
+
+#include "zunic_hosting/hosted_channel.h"
+
+#include <gmock/gmock.h>
+#include <sstream>
+#include <sys/stat.h>
+
+using namespace Inspect;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+namespace {
+
+std::string written(const BusState& state)
+{
+    std::ostringstream text;
+    writeState(text, state);
+    return text.str();
+}
+
+BusState readBack(const std::string& text)
+{
+    std::istringstream in(text);
+    return readState(in);
+}
+
+std::string complaintAbout(const std::string& text)
+{
+    try {
+        readBack(text);
+        return "none";
+    } catch (const NoState& error) {
+        return error.what();
+    }
+}
+
+/// Whether a validator that others wrote accepts the file.
+bool isValid(const std::string& file)
+{
+    return TestSupport::runProgram({"/usr/bin/python3", "-c",
+                                    "import json, sys, jsonschema\n"
+                                    "schema, state = (json.load(open(name)) for name in sys.argv[1:])\n"
+                                    "jsonschema.Draft202012Validator(schema).validate(state)",
+                                    STATE_SCHEMA, file})
+               .status == 0;
+}
+
+TEST(BusState, OfALiveBusIsSavedWholeForItsOwnerAlone)
+{
+    const TestSupport::LiveBus bus(SCENARIO_DIR "/small.json");
+    const BusState state = takeState(bus.channelName(), Wanted::everything());
+    ASSERT_EQ(state.mInterfaces.size(), 12U);
+    EXPECT_THAT(state.mInterfaces[0].mReceivers, ElementsAre(5, 7, 11));
+    EXPECT_THAT(state.mInterfaces[0].mFunctions, testing::Optional(ElementsAre("now", "setAlarm", "cancelAlarm")));
+    const Process& living = state.mCommunicators.front().mProcess;
+    EXPECT_TRUE(living.mApplication == "clockd" && living.mLiving == Living::eYes && living.mStartedAfterBoot);
+    EXPECT_TRUE(state.mCommunicators.back().mProcess == (Process{{}, {}, Living::eNo}));
+    ASSERT_EQ(state.mMessages.mSlots.size(), 14U);
+    EXPECT_THAT(state.mMessages.mSlots[2].mChain.mEntries,
+                ElementsAre(Channel::DataEntry{3, 3}, Channel::DataEntry{4, 3}, Channel::DataEntry{5, 3}));
+    EXPECT_EQ(state.mMessages.mTotals.mFree, state.mMessages.mSize - state.mMessages.mSlots.size());
+
+    const TestSupport::TemporaryDirectory directory;
+    const std::string file = directory / "state.json";
+    std::filesystem::create_symlink("elsewhere", file);
+    saveState(state, file);
+    struct stat status = {};
+    ASSERT_EQ(lstat(file.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode, S_IFREG | S_IRUSR | S_IWUSR);
+    EXPECT_THAT(directory.entries(), ElementsAre("state.json"));
+    EXPECT_TRUE(readBack(TestSupport::readFile(file)) == state);
+    EXPECT_TRUE(isValid(file));
+    EXPECT_THROW(saveState(state, directory / "missing/state.json"), NotSaved);
+}
+
+TEST(BusState, OfMemoryThatHoldsNonsenseIsTheSameAfterwards)
+{
+    BusState state;
+    state.mChannel = std::string("a\0\x1b[2J\xFF", 7);
+    state.mMutexHeld = std::chrono::hours(24);
+    for (const std::uint32_t number : {0U, 3U, 4U, 4294967295U}) {
+        state.mInterfaces.push_back({65535,
+                                     "\xC3",
+                                     "\xC3\xB6\"\n",
+                                     "</script>",
+                                     number,
+                                     {65535, 0, 1},
+                                     4096,
+                                     number,
+                                     {65535, 65535},
+                                     {{"", "\x80"}},
+                                     {0, 1023, 65535}});
+        state.mCommunicators.push_back(
+            {65535, 4294967295, number, {"\xFE", std::chrono::hours(2000), Living::eUnknown}});
+    }
+    state.mMemoryManagers.push_back({UINT64_MAX, 0, 1, 2, UINT64_MAX});
+    state.mMessages = {4294967295, 1, 4294967295, 65535, {4294967294, 0, 0, 1, 0}, {}};
+    state.mMessages.mSlots.push_back({0,
+                                      Channel::eSlotStateWritten,
+                                      4095,
+                                      1,
+                                      2,
+                                      {1},
+                                      {{{7, 4095}}, Channel::ChainEnd::eLoop, 7},
+                                      OxaZunic::OxaZunicRangeLocation(1, 2)});
+    const std::string text = written(state);
+    EXPECT_TRUE(readBack(text) == state);
+    const TestSupport::TemporaryDirectory directory;
+    TestSupport::writeFile(directory / "odd.json", text);
+    EXPECT_TRUE(isValid(directory / "odd.json"));
+}
+
+TEST(BusState, MistakesAreToldInOneLineWithTheirPlace)
+{
+    BusState state;
+    state.mInterfaces.resize(2);
+    state.mInterfaces[1].mReceivers = {4, 7};
+    const std::string whole = written(state);
+    const auto with = [&](const std::string& old, const std::string& mistake) {
+        std::string text = whole;
+        return text.replace(text.rfind(old), old.size(), mistake);
+    };
+    const std::pair<std::string, std::string> cases[] = {
+        {"", "line 1, column 1: no JSON: "},
+        {whole.substr(0, whole.size() / 2), "no JSON: "},
+        {"{\n \"schema\": \"zunic-bus-state/2\"}",
+         "line 2, column 30: /schema: expected the schema \"zunic-bus-state/1\""},
+        {with("[4,7]", "[4,70000]"),
+         "line 10, column 193: /interfaces/1/receivers/1: expected a whole number from 0 to 65535"},
+        {with("[4,7]", "[7,7]"), "/interfaces/1/receivers/1: expected ids in ascending order"},
+        {with("[4,7]", "[4,1e999]"), "no JSON: number overflow"},
+        {with("[4,7]", "[-4]"), "/interfaces/1/receivers/0: expected a whole number"},
+        {with("\"id\":0", "\"id\":0.5"), "/interfaces/1/id: expected a whole number"},
+        {with("\"invalid\"", "\"gone\""), "/interfaces/1/state: expected a word"},
+        {with("\"taken_at\"", "\"taken\""), "expected a member \"taken_at\""},
+        {std::string(10'000'000, '['), "line 1, column 33: nested deeper than any state"},
+    };
+    for (const auto& [text, complaint] : cases) {
+        const std::string told = complaintAbout(text);
+        EXPECT_THAT(told, HasSubstr(complaint)) << text.substr(0, 300);
+        EXPECT_EQ(told.find('\n'), std::string::npos);
+    }
+}
+
+} // namespace
