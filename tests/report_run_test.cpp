@@ -60,7 +60,7 @@ TEST_F(ReportRun, WaitsUntilAnotherOneIsDoneWithTheDirectory)
 {
     std::filesystem::create_directory(mDirectory / "out");
     const int other = open((mDirectory / "out").c_str(), O_DIRECTORY | O_CLOEXEC);
-    ASSERT_EQ(flock(other, LOCK_EX), 0);
+    ASSERT_EQ(flock(other, LOCK_SH), 0);
     Program report({ENQUIRER_BINARY, "-o", mDirectory / "out", mBus.channelName()});
     usleep(200'000);
     EXPECT_TRUE(report.isRunning());
