@@ -20,6 +20,7 @@ struct ListCommandLine
 std::vector<std::string> words()
 {
     std::vector<std::string> all;
+    all.reserve(std::size(cKinds));
     for (const ListKind* const kind : cKinds) {
         all.emplace_back(kind->mWord);
     }

@@ -19,6 +19,7 @@ template <typename List>
 std::vector<ColumnHead> columnHeads()
 {
     std::vector<ColumnHead> heads;
+    heads.reserve(std::size(List::cColumns));
     for (const auto& column : List::cColumns) {
         heads.push_back(column.mHead);
     }
@@ -48,12 +49,14 @@ std::string tableOf(const std::vector<typename List::Row>& rows, const std::vect
                     const TableLook& look)
 {
     std::vector<Heading> headings;
+    headings.reserve(places.size());
     for (const std::size_t place : places) {
         headings.push_back({List::cColumns[place].mHead.mName, List::cColumns[place].mHead.mKind});
     }
     Table table(headings, look);
     for (const auto& row : rows) {
         std::vector<Cell> cells;
+        cells.reserve(places.size());
         for (const std::size_t place : places) {
             cells.push_back(List::cColumns[place].mCell(row));
         }
