@@ -40,6 +40,9 @@ std::span<const Command* const> commands();
 /// Says something on standard error, in one line.
 void complain(const std::string& text);
 
+/// Adds a name to those that stand there already, for a complaint.
+void appendQuoted(std::string& names, const std::string& name);
+
 } // namespace Inspect
 
 #endif

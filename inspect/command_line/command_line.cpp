@@ -52,8 +52,11 @@ void addCommand(CLI::App& app, const Command& command, Run& chosen)
 {
     CLI::App* const part = app.add_subcommand(command.mName, command.mSummary);
     part->formatter(std::make_shared<HelpFormatter>(command.mExamples));
+    part->group("Commands");
     part->option_defaults()->take_last();
+    part->footer("");
     part->callback([&chosen, run = command.mAddOptions(*part)] { chosen = run; });
+    part->footer(part->get_footer() + (part->get_footer().empty() ? "" : "\n\n") + cExitStatuses);
 }
 
 /// None when the command line asked for help or the version, which have then been printed.
@@ -111,6 +114,12 @@ ExitStatus answer(int argc, char** argv)
 void complain(const std::string& text)
 {
     std::cerr << "zunic_inspect: " + printable(text, Blanks::eKept) + "\n";
+}
+
+void appendQuoted(std::string& names, const std::string& name)
+{
+    names += names.empty() ? "\"" : ", \"";
+    names += name + '"';
 }
 
 ExitStatus runCommandLine(int argc, char** argv)

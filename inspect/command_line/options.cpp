@@ -46,6 +46,20 @@ void addWord(CLI::App& part, const char* option, std::optional<std::uint32_t>& n
 
 } // namespace
 
+void addWords(CLI::App& part, std::vector<std::string>& words, const char* names, const char* meaning)
+{
+    // Where any number of words may stand, CLI11 would take "[a,b]" for two of them, lose empty ones, and not know what
+    // to do with those behind "--". Where it expects more than there can be, it takes each as it is.
+    constexpr int cMore = 1 << 24;
+    const auto take = [&part, &words, names](const std::vector<std::string>& given) {
+        words = given;
+        part.get_option(names)->expected(1); // Once they are there, any number will do.
+    };
+    CLI::Option* const option = part.add_option_function<std::vector<std::string>>(names, take, meaning);
+    option->required()->expected(cMore)->allow_extra_args(false);
+    option->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)->type_name("");
+}
+
 CLI::Option* addChannelOption(CLI::App& part, std::string& channel)
 {
     return part.add_option("-c,--channel", channel, "The channel to look into (OXABus)")->type_name("NAME");
@@ -56,6 +70,7 @@ void addSourceOptions(CLI::App& part, SourceOptions& source)
     CLI::Option* const channel = addChannelOption(part, source.mChannel);
     part.add_option("--from", source.mFrom, "Look into this saved state instead; \"-\" is standard input")
         ->type_name("FILE")
+        ->check([](const std::string& file) { return file.empty() ? "expected the name of a file" : ""; }, "")
         ->excludes(channel);
 }
 

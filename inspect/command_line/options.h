@@ -8,10 +8,14 @@
 #include <CLI/CLI.hpp>
 
 #include <string>
+#include <vector>
 
 // Options that several commands share. What they are bound to has to live as long as the part of the command line.
 
 namespace Inspect {
+
+/// What is asked about: one or more words, whatever bytes they are made of. `names` is how --help shows them.
+void addWords(CLI::App& part, std::vector<std::string>& words, const char* names, const char* meaning);
 
 /// -c and --channel.
 CLI::Option* addChannelOption(CLI::App& part, std::string& channel);

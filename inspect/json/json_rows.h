@@ -7,13 +7,16 @@
 
 namespace Inspect {
 
-/// Writes {"schema": ..., "WHAT": [row, ...]}, a row a line, each when it is added: there may be sixty thousand.
+constexpr auto cListSchema = "zunic-bus-list/1";
+
+/// Writes {"schema": ..., "WHAT": [row, ...]}, a row a line, each when it is added: there may be sixty thousand. The
+/// format is told by docs/bus_list.schema.json.
 class JsonRows
 {
 public:
     JsonRows(std::ostream& out, const char* what) : mOut(out)
     {
-        mOut << "{\"schema\":" << Json(cStateSchema) << ",\"" << what << "\":[";
+        mOut << "{\"schema\":" << Json(cListSchema) << ",\"" << what << "\":[";
     }
 
     void add(const Json& row)

@@ -17,34 +17,30 @@ struct ListCommandLine
     ListOptions mOptions;
 };
 
-std::vector<std::string> words()
-{
-    std::vector<std::string> all;
-    all.reserve(std::size(cKinds));
-    for (const ListKind* const kind : cKinds) {
-        all.emplace_back(kind->mWord);
-    }
-    return all;
-}
-
 /// The columns of each list, for --help.
 std::string columnsHelp()
 {
     std::string text;
     for (const ListKind* const kind : cKinds) {
-        text += std::string("Columns of ") + kind->mWord + " (* unless others are chosen):\n";
+        text +=
+            std::string(text.empty() ? "" : "\n") + "Columns of " + kind->mWord + " (* unless others are chosen):\n";
         for (const ColumnHead& head : kind->mColumns()) {
             std::string name = std::string(head.mShown == Shown::eAlways ? "* " : "  ") + head.mName;
             name.resize(std::max<std::size_t>(name.size() + 1, 17), ' ');
             text += "  " + name + head.mMeaning + "\n";
         }
     }
+    text.pop_back(); // The last newline.
     return text;
 }
 
 const ListKind& kindFor(const std::string& word)
 {
-    return **std::ranges::find(cKinds, word, [](const ListKind* kind) { return std::string(kind->mWord); });
+    const auto found = std::ranges::find(cKinds, word, [](const ListKind* kind) { return std::string(kind->mWord); });
+    if (found == cKinds.end()) {
+        throw UsageMistake("cannot list " + word + " (see --help)");
+    }
+    return **found;
 }
 
 /// A filter that would do nothing is a mistake.
@@ -64,7 +60,6 @@ Run addListOptions(CLI::App& part)
     const auto line = std::make_shared<ListCommandLine>();
     ListOptions& options = line->mOptions;
     part.add_option("what", line->mWhat, "interfaces (if nothing is said), communicators, processes, memory, messages")
-        ->check(CLI::IsMember(words()).description(""))
         ->type_name("")
         ->multi_option_policy(CLI::MultiOptionPolicy::Throw);
     addSourceOptions(part, options.mSource);

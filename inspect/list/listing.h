@@ -36,12 +36,15 @@ inline Wanted both(const Wanted& one, const Wanted& other)
 template <typename List>
 Wanted wantedFor(const ListOptions& options, const std::vector<std::size_t>& places)
 {
-    Wanted wanted = List::cWanted;
-    wanted.mProcesses = wanted.mProcesses || options.mFilter.mOwner.mApplication.has_value();
+    const bool areProcessesAskedFor = options.mFilter.mOwner.mApplication.has_value();
+    Wanted wanted = both(List::cWanted, {.mProcesses = areProcessesAskedFor});
+    if (options.mJson) {
+        return both(wanted, List::cWantedForJson);
+    }
     for (const std::size_t place : places) {
         wanted = both(wanted, List::cColumns[place].mHead.mWanted);
     }
-    return options.mJson ? both(wanted, List::cWantedForJson) : wanted;
+    return wanted;
 }
 
 template <typename List>

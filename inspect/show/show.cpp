@@ -30,14 +30,13 @@ std::vector<const Interface*> fitting(const std::vector<std::string>& words, con
     return found;
 }
 
-/// Those of the words that fit none, separated by commas.
+/// Those of the words that fit none, for a complaint.
 std::string missing(const std::vector<std::string>& words, const std::vector<const Interface*>& found)
 {
     std::string text;
     for (const std::string& word : words) {
         if (std::ranges::none_of(found, [&](const Interface* interface) { return fits(word, *interface); })) {
-            text += (text.empty() ? "" : ", ");
-            text += word;
+            appendQuoted(text, word);
         }
     }
     return text;

@@ -10,10 +10,7 @@ namespace {
 Run addShowOptions(CLI::App& part)
 {
     const auto options = std::make_shared<ShowOptions>();
-    part.add_option("interface", options->mWords, "Its name, or its id; several are all shown")
-        ->required()
-        ->type_name("NAME|ID ...")
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    addWords(part, options->mWords, "NAME|ID", "Its name, or its id; of several each is shown");
     addSourceOptions(part, options->mSource);
     part.add_flag("--json", options->mJson, "JSON instead of a tree");
     addLookOptions(part, options->mLook);

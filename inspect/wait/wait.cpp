@@ -18,7 +18,7 @@ using Clock = std::chrono::steady_clock;
 /// A change is seen within this, and a look.
 constexpr std::chrono::milliseconds cPause{85};
 
-/// The names that are still waited for, separated by commas.
+/// The names that are still waited for, for a complaint.
 std::string missing(const WaitOptions& options, const BusState& state)
 {
     const Owners owners(state);
@@ -30,8 +30,7 @@ std::string missing(const WaitOptions& options, const BusState& state)
     std::string names;
     for (const std::string& name : options.mNames) {
         if (isThere(name) == options.mIsForGone) {
-            names += (names.empty() ? "" : ", ");
-            names += name;
+            appendQuoted(names, name);
         }
     }
     return names;

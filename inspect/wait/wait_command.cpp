@@ -32,10 +32,7 @@ Run addWaitOptions(CLI::App& part)
 {
     const auto options = std::make_shared<WaitOptions>();
     options->mFilter.mState = oxa_zunic_registration_state_registered;
-    part.add_option("interface", options->mNames, "The names of the interfaces to wait for")
-        ->required()
-        ->type_name("NAME ...")
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    addWords(part, options->mNames, "NAME", "The names of the interfaces to wait for");
     addChannelOption(part, options->mChannel);
     part.add_flag("--gone", options->mIsForGone, "Wait until none of them is there any more");
     part.add_option_function<std::string>(
