@@ -1,5 +1,5 @@
+#include "inspect/file/whole_file.h"
 #include "inspect/json/state_json.h"
-#include "inspect/save/save.h"
 #include "inspect/state/take_state.h"
 #include "support/live_bus.h"
 #include "support/text.h"
@@ -66,14 +66,17 @@ TEST(BusState, OfALiveBusIsSavedWholeForItsOwnerAlone)
     const TestSupport::TemporaryDirectory directory;
     const std::string file = directory / "state.json";
     std::filesystem::create_symlink("elsewhere", file);
-    saveState(state, file);
+    const auto save = [&](const std::string& path) {
+        writeWholeFile(path, cOwnerOnly, [&](std::ostream& out) { writeState(out, state); });
+    };
+    save(file);
     struct stat status = {};
     ASSERT_EQ(lstat(file.c_str(), &status), 0);
     EXPECT_EQ(status.st_mode, S_IFREG | S_IRUSR | S_IWUSR);
     EXPECT_THAT(directory.entries(), ElementsAre("state.json"));
     EXPECT_TRUE(readBack(TestSupport::readFile(file)) == state);
     EXPECT_TRUE(isValid(file));
-    EXPECT_THROW(saveState(state, directory / "missing/state.json"), NotSaved);
+    EXPECT_THROW(save(directory / "missing/state.json"), NotSaved);
 }
 
 TEST(BusState, OfMemoryThatHoldsNonsenseIsTheSameAfterwards)

@@ -1,4 +1,5 @@
 #include "inspect/command_line/options.h"
+#include "inspect/file/whole_file.h"
 #include "inspect/json/state_json.h"
 #include "inspect/save/save.h"
 #include "inspect/state/take_state.h"
@@ -21,7 +22,7 @@ ExitStatus runSave(const SaveOptions& options, std::ostream& out)
     if (options.mFile == "-") {
         writeState(out, state);
     } else {
-        saveState(state, options.mFile);
+        writeWholeFile(options.mFile, cOwnerOnly, [&](std::ostream& file) { writeState(file, state); });
     }
     return eExitYes;
 }

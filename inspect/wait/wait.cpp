@@ -1,12 +1,10 @@
 #include "inspect/wait/wait.h"
 
 #include "inspect/relations/relations.h"
+#include "inspect/state/look_memory.h"
 #include "inspect/state/take_state.h"
 
 #include <algorithm>
-#include <memory>
-#include <memory_resource>
-#include <sys/mman.h>
 #include <thread>
 
 namespace Inspect {
@@ -48,35 +46,6 @@ std::string look(const WaitOptions& options)
         return options.mIsForGone && error.isMissing() ? "" : error.what();
     }
 }
-
-/// While it lives, the default memory resource: one huge page, in which each look begins anew. To make small pages of
-/// its own present would cost each look more than all that it does with them.
-class LookMemory
-{
-public:
-    LookMemory()
-    {
-        madvise(mPage.get(), sizeof *mPage, MADV_HUGEPAGE);
-        std::pmr::set_default_resource(&mResource);
-    }
-    ~LookMemory() { std::pmr::set_default_resource(nullptr); }
-
-    LookMemory(const LookMemory&) = delete;
-    LookMemory& operator=(const LookMemory&) = delete;
-
-    void beginAnew() { mResource.release(); }
-
-private:
-    static constexpr std::size_t cSize = std::size_t{1} << 21;
-
-    struct alignas(cSize) HugePage
-    {
-        std::byte mBytes[cSize];
-    };
-
-    std::unique_ptr<HugePage> mPage = std::make_unique_for_overwrite<HugePage>();
-    std::pmr::monotonic_buffer_resource mResource{mPage.get(), cSize};
-};
 
 } // namespace
 

@@ -1,6 +1,4 @@
-#include "inspect/save/save.h"
-
-#include "inspect/json/state_json.h"
+#include "inspect/file/whole_file.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -8,6 +6,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <fstream>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace Inspect {
@@ -43,8 +42,9 @@ public:
         }
     }
 
-    void moveIntoPlace()
+    void moveIntoPlace(mode_t permissions)
     {
+        require(fchmod(mDescriptor, permissions) == 0);
         require(fsync(mDescriptor) == 0);
         require(std::rename(mName.c_str(), mPath.c_str()) == 0);
         close(mDescriptor);
@@ -59,15 +59,15 @@ private:
 
 } // namespace
 
-void saveState(const BusState& state, const std::string& path)
+void writeWholeFile(const std::string& path, mode_t permissions, const std::function<void(std::ostream&)>& write)
 {
     NewFile file(path);
     std::ofstream out(file.name(), std::ios::binary);
     errno = 0;
-    writeState(out, state);
+    write(out);
     out.close();
     file.require(out.good());
-    file.moveIntoPlace();
+    file.moveIntoPlace(permissions);
 }
 
 } // namespace Inspect
