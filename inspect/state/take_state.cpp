@@ -165,6 +165,7 @@ void readMessages(oxa_zunic_communication_channel* channel, MessageStorage& mess
     messages.mLastWrittenIndex = Channel::loadShared(header.last_written_index);
     messages.mWriterCounter = Channel::loadShared(header.writer_counter);
     messages.mTotals.mFree = slots.size() - slots.readable();
+    messages.mSlots.reserve(slots.readable()); // Pages that are not filled cost nothing, and nothing is moved.
     for (std::uint32_t i = 0; i < slots.readable(); ++i) {
         const Channel::SlotHead head = slots.head(i);
         ++totalOf(head.mState, messages.mTotals);
@@ -188,7 +189,7 @@ BusState takeState(const std::string& channelName, const Wanted& wanted)
 {
     const Attachment channel = attach(channelName);
     BusState state;
-    const Channel::RegistryCopy copy = Channel::copyRegistry(channel.get(), &state.mMutexHeld);
+    Channel::RegistryCopy copy = Channel::copyRegistry(channel.get(), &state.mMutexHeld);
     if (copy == nullptr) {
         throw NoChannel("the registry mutex of channel \"" + channelName + "\" could not be taken");
     }
@@ -197,6 +198,7 @@ BusState takeState(const std::string& channelName, const Wanted& wanted)
     state.mBootId = bootId();
     state.mProgramVersion = ZUNIC_INSPECT_VERSION;
     decodeTables(*copy, state);
+    copy.reset();
     if (wanted.mProcesses) {
         lookUpProcesses(state.mCommunicators);
     }
