@@ -1,3 +1,4 @@
+#include "inspect/check/check.h"
 #include "inspect/command_line/command.h"
 #include "inspect/list/list.h"
 #include "inspect/save/save.h"
@@ -10,7 +11,7 @@ namespace Inspect {
 
 namespace {
 
-constexpr std::array cCommands{&cListCommand, &cShowCommand, &cWaitCommand, &cSaveCommand};
+constexpr std::array cCommands{&cListCommand, &cShowCommand, &cWaitCommand, &cSaveCommand, &cCheckCommand};
 
 } // namespace
 

@@ -72,7 +72,7 @@ std::string tableOf(const std::vector<typename List::Row>& rows, const std::vect
 template <typename List>
 void writeJson(std::ostream& out, const std::vector<typename List::Row>& rows)
 {
-    JsonRows array(out, List::cWord);
+    JsonRows array(out, cListSchema, List::cWord);
     for (const auto& row : rows) {
         array.add(List::json(row));
     }
