@@ -1,8 +1,10 @@
 #include "inspect/command_line/command.h"
+#include "inspect/diff/diff.h"
 #include "inspect/list/list.h"
 #include "inspect/save/save.h"
 #include "inspect/show/show.h"
 #include "inspect/wait/wait.h"
+#include "inspect/watch/watch.h"
 
 #include <array>
 
@@ -10,7 +12,8 @@ namespace Inspect {
 
 namespace {
 
-constexpr std::array cCommands{&cListCommand, &cShowCommand, &cWaitCommand, &cSaveCommand};
+constexpr std::array cCommands{&cListCommand, &cShowCommand, &cWaitCommand, &cSaveCommand,
+                               &cDiffCommand, &cWatchCommand};
 
 } // namespace
 
