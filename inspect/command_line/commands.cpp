@@ -1,9 +1,11 @@
 #include "inspect/check/check.h"
 #include "inspect/command_line/command.h"
+#include "inspect/diff/diff.h"
 #include "inspect/list/list.h"
 #include "inspect/save/save.h"
 #include "inspect/show/show.h"
 #include "inspect/wait/wait.h"
+#include "inspect/watch/watch.h"
 
 #include <array>
 
@@ -11,7 +13,8 @@ namespace Inspect {
 
 namespace {
 
-constexpr std::array cCommands{&cListCommand, &cShowCommand, &cWaitCommand, &cSaveCommand, &cCheckCommand};
+constexpr std::array cCommands{&cListCommand,  &cShowCommand, &cWaitCommand, &cWatchCommand,
+                               &cCheckCommand, &cDiffCommand, &cSaveCommand};
 
 } // namespace
 
