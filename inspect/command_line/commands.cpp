@@ -2,6 +2,7 @@
 #include "inspect/command_line/command.h"
 #include "inspect/diff/diff.h"
 #include "inspect/list/list.h"
+#include "inspect/metrics/metrics.h"
 #include "inspect/save/save.h"
 #include "inspect/show/show.h"
 #include "inspect/wait/wait.h"
@@ -13,8 +14,8 @@ namespace Inspect {
 
 namespace {
 
-constexpr std::array cCommands{&cListCommand,  &cShowCommand, &cWaitCommand, &cWatchCommand,
-                               &cCheckCommand, &cDiffCommand, &cSaveCommand};
+constexpr std::array cCommands{&cListCommand,  &cShowCommand, &cWaitCommand,    &cWatchCommand,
+                               &cCheckCommand, &cDiffCommand, &cMetricsCommand, &cSaveCommand};
 
 } // namespace
 
