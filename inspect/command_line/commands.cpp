@@ -2,6 +2,7 @@
 #include "inspect/list/list.h"
 #include "inspect/save/save.h"
 #include "inspect/show/show.h"
+#include "inspect/top/top.h"
 #include "inspect/wait/wait.h"
 
 #include <array>
@@ -10,7 +11,7 @@ namespace Inspect {
 
 namespace {
 
-constexpr std::array cCommands{&cListCommand, &cShowCommand, &cWaitCommand, &cSaveCommand};
+constexpr std::array cCommands{&cListCommand, &cShowCommand, &cWaitCommand, &cSaveCommand, &cTopCommand};
 
 } // namespace
 
