@@ -1,3 +1,4 @@
+#include "inspect/check/check.h"
 #include "inspect/command_line/command.h"
 #include "inspect/diff/diff.h"
 #include "inspect/list/list.h"
@@ -12,8 +13,8 @@ namespace Inspect {
 
 namespace {
 
-constexpr std::array cCommands{&cListCommand, &cShowCommand, &cWaitCommand, &cSaveCommand,
-                               &cDiffCommand, &cWatchCommand};
+constexpr std::array cCommands{&cListCommand,  &cShowCommand, &cWaitCommand, &cWatchCommand,
+                               &cCheckCommand, &cDiffCommand, &cSaveCommand};
 
 } // namespace
 

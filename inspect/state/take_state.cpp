@@ -106,6 +106,7 @@ void readMessages(oxa_zunic_communication_channel* channel, MessageStorage& mess
     messages.mLastWrittenIndex = Channel::loadShared(header.last_written_index);
     messages.mWriterCounter = Channel::loadShared(header.writer_counter);
     messages.mTotals.mFree = slots.size() - slots.readable();
+    messages.mSlots.reserve(slots.readable()); // Pages that are not filled cost nothing, and nothing is moved.
     for (std::uint32_t i = 0; i < slots.readable(); ++i) {
         const Channel::SlotHead head = slots.head(i);
         ++totalOf(head.mState, messages.mTotals);
@@ -199,12 +200,13 @@ BusState takeState(const std::string& channelName, const Wanted& wanted)
 {
     const Attachment channel = attach(channelName);
     BusState state;
-    const Channel::RegistryCopy copy = Channel::copyRegistry(channel.get(), &state.mMutexHeld);
+    Channel::RegistryCopy copy = Channel::copyRegistry(channel.get(), &state.mMutexHeld);
     if (copy == nullptr) {
         failToLock(channelName);
     }
     signState(channelName, state);
     decodeTables(*copy, state);
+    copy.reset();
     if (wanted.mProcesses) {
         lookUpProcesses(state.mCommunicators);
     }
