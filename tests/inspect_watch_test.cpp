@@ -75,9 +75,13 @@ TEST(DiffCommand, ComparesFilesAndTheLiveBusAndTellsByItsStatus)
     EXPECT_EQ(validate(directory / "diff.json", ""), 0);
     EXPECT_EQ(runProgram(inspect({"diff", first, "-c", channel})).status, cNoChannel);
     EXPECT_EQ(runProgram(inspect({"diff", first, directory / "none.json"})).status, cNoFile);
-    for (const std::vector<std::string>& mistake : std::vector<std::vector<std::string>>{
-             {"diff"}, {"diff", "-", "-"}, {"diff", first, second, "-c", "x"}, {"diff", first, second, "--ignore", "all"},
-             {"watch", "--interval", "0"}, {"watch", "--until", "no-such-finding"}}) {
+    for (const std::vector<std::string>& mistake :
+         std::vector<std::vector<std::string>>{{"diff"},
+                                               {"diff", "-", "-"},
+                                               {"diff", first, second, "-c", "x"},
+                                               {"diff", first, second, "--ignore", "all"},
+                                               {"watch", "--interval", "0"},
+                                               {"watch", "--until", "no-such-finding"}}) {
         EXPECT_EQ(runProgram(inspect(mistake)).status, cMistake) << testing::PrintToString(mistake);
     }
 }
@@ -110,7 +114,7 @@ TEST(WatchCommand, TellsWhatHappensAtOnceAndLivesThroughTheChannelGoingAway)
     };
     EXPECT_TRUE(told("waited for"));
     std::optional<WatchedBus> bus(std::in_place, channel);
-    EXPECT_TRUE(told("\"there, 1 interfaces")) << watch.output();
+    EXPECT_TRUE(told("\"there, interfaces: 1")) << watch.output();
     const std::uint16_t stub = bus->add("Clock", ZunicHosting::InstanceType::stub);
     EXPECT_TRUE(told(R"("change":"added","kind":"interface")"));
     bus->mChannel.lock().connect(bus->mClock, stub);
@@ -131,7 +135,7 @@ TEST(WatchCommand, TellsWhatHappensAtOnceAndLivesThroughTheChannelGoingAway)
     const TestSupport::TemporaryDirectory directory;
     TestSupport::writeFile(directory / "lines", output);
     EXPECT_EQ(validate(directory / "lines", "event"), 0) << output;
-    EXPECT_EQ(TestSupport::countIn(output, "\n"), 9U) << output;
+    EXPECT_EQ(TestSupport::countIn(output, "\n"), 11U) << output;
 }
 
 TEST(WatchCommand, EndsWhenItIsTimeAndWhenNobodyReads)
@@ -141,8 +145,9 @@ TEST(WatchCommand, EndsWhenItIsTimeAndWhenNobodyReads)
     const auto timed = runProgram(inspect({"watch", "-c", channel, "--for", "100ms"}));
     EXPECT_EQ(timed.status, cYes);
     EXPECT_THAT(timed.output, ContainsRegex("^[-0-9]+T[0-9:.]+Z \\+ channel .*: there, [^\n]*\n$"));
-    const auto unread = runProgram({"/bin/bash", "-c", "\"$0\" watch -c \"$1\" | head -n 1 >/dev/null; exit ${PIPESTATUS[0]}",
-                                    INSPECT_BINARY, channel});
+    const auto unread =
+        runProgram({"/bin/bash", "-c", "\"$0\" watch -c \"$1\" | head -n 1 >/dev/null; exit ${PIPESTATUS[0]}",
+                    INSPECT_BINARY, channel});
     EXPECT_EQ(unread.status, cYes) << "though nothing has happened that it could have failed to write";
     EXPECT_EQ(unread.errors, "");
     Program stopped(inspect({"watch", "-c", channel, "--interval", "1h"}));
@@ -158,7 +163,8 @@ TEST(WatchCommand, WaitsForAFinding)
     }
     WatchedBus bus(TestSupport::uniqueChannelName());
     const auto words = [&](const std::string& time) {
-        return inspect({"watch", "-c", bus.mChannel.name(), "--until", "dead-process", "--interval", "10ms", "--for", time});
+        return inspect(
+            {"watch", "-c", bus.mChannel.name(), "--until", "dead-process", "--interval", "10ms", "--for", time});
     };
     const auto inVain = runProgram(words("100ms"));
     EXPECT_EQ(inVain.status, cTimeIsUp);

@@ -98,10 +98,10 @@ private:
 
 /// Findings that show only over time take two looks that are some time apart: what is on its way through the bus is in
 /// its place by then.
-class Findings
+class AwaitedFindings
 {
 public:
-    explicit Findings(const WatchOptions& options) : mOptions(options) {}
+    explicit AwaitedFindings(const WatchOptions& options) : mOptions(options) {}
 
     /// Those that are waited for.
     std::vector<Finding> look()
@@ -143,7 +143,7 @@ private:
     const WatchOptions& mOptions;
     Teller mTeller;
     BusFollower mFollower;
-    Findings mFindings;
+    AwaitedFindings mFindings;
     bool mWasThere = false;   ///< at any time
     bool mIsThere = false;    ///< when it was looked at last
     std::string mWhyNotThere; ///< as told already
@@ -151,8 +151,8 @@ private:
 
 std::string summaryOf(const BusState& state)
 {
-    return std::to_string(state.mInterfaces.size()) + " interfaces, " + std::to_string(state.mCommunicators.size()) +
-           " communicators";
+    return "interfaces: " + std::to_string(state.mInterfaces.size()) +
+           ", communicators: " + std::to_string(state.mCommunicators.size());
 }
 
 bool Watch::look()
