@@ -119,7 +119,12 @@ private:
     TableView& view() { return mViews[mPage]; }
     TablePainter& painter() { return mPainters[mPage]; }
 
-    milliseconds pause() const { return std::chrono::ceil<milliseconds>(cLookPause * mCost); }
+    /// In steps: it is told, and shall not be another one at each look.
+    milliseconds pause() const
+    {
+        using Steps = std::chrono::duration<milliseconds::rep, std::ratio<1, 10>>;
+        return std::chrono::ceil<Steps>(cLookPause * std::min(mCost, mCostBefore));
+    }
     Clock::time_point nextLook() const { return mLookedAt + std::max(mInterval, pause()); }
 
     void look()
@@ -136,6 +141,7 @@ private:
             view().show(*mFollower.now(), mFollower.before());
         }
         if (!mFollower.hasChecked()) { // Checks have a pace of their own.
+            mCostBefore = mCost;
             mCost = processorTime() - spentBefore;
         }
     }
@@ -386,7 +392,8 @@ private:
     bool mIsToQuit = false;
     bool mIsLookDue = false;
     Clock::time_point mLookedAt;
-    std::chrono::nanoseconds mCost{};
+    std::chrono::nanoseconds mCost{};       ///< of the last look
+    std::chrono::nanoseconds mCostBefore{}; ///< of the one before: one look may be dear by chance
 };
 
 } // namespace
