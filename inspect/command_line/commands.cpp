@@ -1,9 +1,12 @@
+#include "inspect/check/check.h"
 #include "inspect/command_line/command.h"
+#include "inspect/diff/diff.h"
 #include "inspect/list/list.h"
 #include "inspect/save/save.h"
 #include "inspect/show/show.h"
 #include "inspect/top/top.h"
 #include "inspect/wait/wait.h"
+#include "inspect/watch/watch.h"
 
 #include <array>
 
@@ -11,7 +14,8 @@ namespace Inspect {
 
 namespace {
 
-constexpr std::array cCommands{&cListCommand, &cShowCommand, &cWaitCommand, &cSaveCommand, &cTopCommand};
+constexpr std::array cCommands{&cListCommand,  &cShowCommand, &cWaitCommand, &cWatchCommand, &cTopCommand,
+                               &cCheckCommand, &cDiffCommand, &cSaveCommand};
 
 } // namespace
 

@@ -85,11 +85,11 @@ void addFilterOptions(CLI::App& part, InterfaceFilter& filter)
             "registered, preregistered (required) or any");
 }
 
-void addColorOption(CLI::App& part, TableLook& look)
+void addColorOption(CLI::App& part, bool& areWanted)
 {
-    look.mColors = areColorsWanted("auto");
+    areWanted = areColorsWanted("auto");
     part.add_option_function<std::string>(
-            "--color", [&look](const std::string& choice) { look.mColors = areColorsWanted(choice); },
+            "--color", [&areWanted](const std::string& choice) { areWanted = areColorsWanted(choice); },
             "auto (on a terminal, unless NO_COLOR is set), always or never")
         ->check(CLI::IsMember({"auto", "always", "never"}).description(""))
         ->type_name("WHEN");
@@ -99,7 +99,7 @@ void addLookOptions(CLI::App& part, TableLook& look)
 {
     part.add_flag(
         "--noheadings", [&look](std::int64_t) { look.mHeadings = false; }, "Leave out the headings");
-    addColorOption(part, look);
+    addColorOption(part, look.mColors);
 }
 
 } // namespace Inspect

@@ -336,15 +336,19 @@ private:
     {
         if (mSheet == Sheet::eHelp) {
             paintLines(mScreen, area, helpLines(), mScrolled);
-        } else if (mFollower.now() == nullptr) {
-            return;
         } else if (mSheet == Sheet::eDetails) {
-            const bool isThere = mOpened == view().chosen();
-            const auto lines = detailLines(view(), *mFollower.now(), mScreen.width());
-            paintLines(mScreen, area, isThere ? lines : std::vector<std::string>{"It is no longer there."}, mScrolled);
-        } else {
+            paintLines(mScreen, area, openedLines(), mScrolled);
+        } else if (mFollower.now() != nullptr) {
             painter().paint(mScreen, area, view());
         }
+    }
+
+    std::vector<std::string> openedLines()
+    {
+        if (mFollower.now() == nullptr || !view().chosen() || mOpened != view().chosen()) {
+            return {"It is no longer there."};
+        }
+        return detailLines(view(), *mFollower.now(), mScreen.width());
     }
 
     std::vector<std::string> helpLines()

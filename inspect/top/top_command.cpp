@@ -10,27 +10,17 @@ namespace {
 
 constexpr std::chrono::milliseconds cShortestInterval{100};
 
-struct TopCommandLine
-{
-    TopOptions mOptions;
-    TableLook mLook;
-};
-
 Run addTopOptions(CLI::App& part)
 {
-    const auto line = std::make_shared<TopCommandLine>();
-    TopOptions& options = line->mOptions;
-    addChannelOption(part, options.mChannel);
+    const auto options = std::make_shared<TopOptions>();
+    addChannelOption(part, options->mChannel);
     part.add_option_function<std::string>(
-            "--interval", [&options](const std::string& text) { options.mInterval = readInterval("--interval", text); },
+            "--interval", [options](const std::string& text) { options->mInterval = readInterval("--interval", text); },
             "Look again after this: 500ms, 2s, 1m (1s)")
         ->type_name("TIME");
-    addColorOption(part, line->mLook);
+    addColorOption(part, options->mHasColors);
     part.footer("The key h shows all keys; q quits. It needs a terminal: watch follows a bus without one.");
-    return [line](std::ostream&) {
-        line->mOptions.mHasColors = line->mLook.mColors;
-        return runTop(line->mOptions);
-    };
+    return [options](std::ostream&) { return runTop(*options); };
 }
 
 } // namespace
