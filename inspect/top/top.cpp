@@ -119,7 +119,12 @@ private:
     TableView& view() { return mViews[mPage]; }
     TablePainter& painter() { return mPainters[mPage]; }
 
-    milliseconds pause() const { return std::chrono::ceil<milliseconds>(cLookPause * mCost); }
+    /// In steps: it is told, and shall not be another one at each look.
+    milliseconds pause() const
+    {
+        using Steps = std::chrono::duration<milliseconds::rep, std::ratio<1, 10>>;
+        return std::chrono::ceil<Steps>(cLookPause * std::min(mCost, mCostBefore));
+    }
     Clock::time_point nextLook() const { return mLookedAt + std::max(mInterval, pause()); }
 
     void look()
@@ -136,6 +141,7 @@ private:
             view().show(*mFollower.now(), mFollower.before());
         }
         if (!mFollower.hasChecked()) { // Checks have a pace of their own.
+            mCostBefore = mCost;
             mCost = processorTime() - spentBefore;
         }
     }
@@ -330,15 +336,19 @@ private:
     {
         if (mSheet == Sheet::eHelp) {
             paintLines(mScreen, area, helpLines(), mScrolled);
-        } else if (mFollower.now() == nullptr) {
-            return;
         } else if (mSheet == Sheet::eDetails) {
-            const bool isThere = mOpened == view().chosen();
-            const auto lines = detailLines(view(), *mFollower.now(), mScreen.width());
-            paintLines(mScreen, area, isThere ? lines : std::vector<std::string>{"It is no longer there."}, mScrolled);
-        } else {
+            paintLines(mScreen, area, openedLines(), mScrolled);
+        } else if (mFollower.now() != nullptr) {
             painter().paint(mScreen, area, view());
         }
+    }
+
+    std::vector<std::string> openedLines()
+    {
+        if (mFollower.now() == nullptr || !view().chosen() || mOpened != view().chosen()) {
+            return {"It is no longer there."};
+        }
+        return detailLines(view(), *mFollower.now(), mScreen.width());
     }
 
     std::vector<std::string> helpLines()
@@ -386,7 +396,8 @@ private:
     bool mIsToQuit = false;
     bool mIsLookDue = false;
     Clock::time_point mLookedAt;
-    std::chrono::nanoseconds mCost{};
+    std::chrono::nanoseconds mCost{};       ///< of the last look
+    std::chrono::nanoseconds mCostBefore{}; ///< of the one before: one look may be dear by chance
 };
 
 } // namespace
