@@ -1,5 +1,6 @@
 #include "inspect/command_line/command.h"
 #include "inspect/list/list.h"
+#include "inspect/page/page.h"
 #include "inspect/save/save.h"
 #include "inspect/show/show.h"
 #include "inspect/wait/wait.h"
@@ -10,7 +11,7 @@ namespace Inspect {
 
 namespace {
 
-constexpr std::array cCommands{&cListCommand, &cShowCommand, &cWaitCommand, &cSaveCommand};
+constexpr std::array cCommands{&cListCommand, &cShowCommand, &cWaitCommand, &cSaveCommand, &cPageCommand};
 
 } // namespace
 
