@@ -20,10 +20,19 @@ const Draw = (() => {
   // A name, whatever its direction of writing is: what stands around it keeps its own.
   const name = text => html('bdi', { class: 'name' }, text);
 
-  const number = value => typeof value === 'number' ? value.toLocaleString('en') : String(value);
+  const format = new Intl.NumberFormat('en');
+  const number = value => typeof value === 'number' ? format.format(value) : String(value);
   const count = (value, one, many) => `${number(value)} ${value === 1 ? one : many || one + 's'}`;
+
+  const pen = document.createElement('canvas').getContext('2d');
+
+  // In pixels.
+  function textWidth(text, font) {
+    pen.font = font;
+    return pen.measureText(text).width;
+  }
 
   const byId = id => document.getElementById(id);
 
-  return { html, svg, name, number, count, byId };
+  return { html, svg, name, number, count, textWidth, byId };
 })();

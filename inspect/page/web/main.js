@@ -126,7 +126,7 @@
     chosenTitle.focus();
   });
   window.addEventListener('pagehide', Address.writePending);
-  window.addEventListener('beforeprint', TableView.drawMore);
+  window.addEventListener('beforeprint', TableView.drawForPrint);
   window.matchMedia('(prefers-color-scheme: dark)').addEventListener('change',
     () => SlotMap.show(Address.current.view === 'messages', chosen));
   SlotMap.onChoose(thing => {

@@ -18,12 +18,9 @@ const Neighbourhood = (() => {
   let width = 0; // of the picture
   let columnWidth = 0;
 
-  const pen = document.createElement('canvas').getContext('2d');
-
   // The text as far as it fits, its beginning and its end.
   function fit(whole, room, font) {
-    pen.font = font || FONT;
-    if (pen.measureText(whole).width <= room) {
+    if (Draw.textWidth(whole, font) <= room) {
       return whole;
     }
     const characters = Array.from(whole);
@@ -33,7 +30,7 @@ const Neighbourhood = (() => {
       characters.slice(characters.length - Math.floor(kept / 2)).join('');
     while (low < high) {
       const middle = Math.ceil((low + high) / 2);
-      if (pen.measureText(cut(middle)).width <= room) {
+      if (Draw.textWidth(cut(middle), font) <= room) {
         low = middle;
       } else {
         high = middle - 1;
@@ -120,7 +117,7 @@ const Neighbourhood = (() => {
     });
   }
 
-  const kindWord = face => face.required ? `required ${face.type}` : face.type;
+  const kindWord = face => face.required ? 'required' : face.type;
 
   function faceNode(node) {
     const { face, x, y } = node;

@@ -8,10 +8,11 @@ const SlotMap = (() => {
   const sideFor = count => count <= 1024 ? 14 : count <= 4096 ? 9 : count <= 16384 ? 6 : 4;
 
   const container = Draw.byId('map');
+  const side = sideFor(slots.size);
   let canvas = null;
   let tip = null;
-  let side = 0;
   let columns = 0;
+  let painted = null; // the map without marks, and what it was painted for
   let choose = () => {};
 
   const colorOf = name => getComputedStyle(document.documentElement).getPropertyValue(name).trim();
@@ -37,9 +38,18 @@ const SlotMap = (() => {
     canvas.width = Math.round(columns * side * ratio);
     canvas.height = Math.round(rows * side * ratio);
     const context = canvas.getContext('2d');
-    context.drawImage(squares(rows), 0, 0, canvas.width, canvas.height);
+    context.drawImage(picture(), 0, 0, canvas.width, canvas.height);
     context.scale(ratio, ratio);
     mark(context, marked);
+  }
+
+  // The map without marks; painted anew when its shape or its colours have changed.
+  function picture() {
+    const key = `${columns} ${colorOf('--slot-free')}`;
+    if (!painted || painted.key !== key) {
+      painted = { key, squares: squares(Math.ceil(slots.size / columns)) };
+    }
+    return painted.squares;
   }
 
   // One square has side x side pixels; the last ones are the gap to the next, where there is room for one.
@@ -59,11 +69,11 @@ const SlotMap = (() => {
       draw(index, colors[0]);
     }
     slots.index.forEach((index, place) => draw(index, colors[slots.state[place]]));
-    const picture = document.createElement('canvas');
-    picture.width = image.width;
-    picture.height = image.height;
-    picture.getContext('2d').putImageData(image, 0, 0);
-    return picture;
+    const result = document.createElement('canvas');
+    result.width = image.width;
+    result.height = image.height;
+    result.getContext('2d').putImageData(image, 0, 0);
+    return result;
   }
 
   const centre = index => [index % columns * side + side / 2, Math.floor(index / columns) * side + side / 2];
@@ -83,6 +93,14 @@ const SlotMap = (() => {
       const [x, y] = centre(index);
       context.strokeRect(x - reach / 2, y - reach / 2, reach, reach);
     });
+  }
+
+  function bringIntoSight(index) {
+    const squaresBox = canvas.parentElement;
+    const y = centre(index)[1];
+    if (y < squaresBox.scrollTop || y > squaresBox.scrollTop + squaresBox.clientHeight) {
+      squaresBox.scrollTop = y - squaresBox.clientHeight / 2;
+    }
   }
 
   // The message's slot and those of its data entries; for a data entry, those of its message.
@@ -113,9 +131,10 @@ const SlotMap = (() => {
     return `slot ${index}: ${slots.stateWord(place)}, from ${slots.sender[place]}${sender ? ' ' + sender.name : ''}`;
   }
 
+  const columnsThatFit = () => Math.max(1, Math.min(slots.size, Math.floor((container.clientWidth || 640) / side)));
+
   function build() {
-    side = sideFor(slots.size);
-    columns = Math.max(1, Math.min(slots.size, Math.floor((container.clientWidth || 640) / side)));
+    columns = columnsThatFit();
     canvas = Draw.html('canvas', { role: 'img', 'aria-label': `Map of the message slots: ${totalsText()}. The table has the same.` });
     tip = Draw.html('p', { class: 'tip', 'aria-hidden': 'true' }, '');
     canvas.addEventListener('mousemove', event => { tip.textContent = describe(indexAt(event)); });
@@ -134,8 +153,12 @@ const SlotMap = (() => {
   function show(isWanted, thing) {
     container.hidden = !isWanted || slots.size === 0;
     if (!container.hidden) {
-      build();
-      paint(thing && thing.kind === 'slot' ? chainOf(thing) : []);
+      if (columnsThatFit() !== columns) {
+        build();
+      }
+      const marked = thing && thing.kind === 'slot' ? chainOf(thing) : [];
+      paint(marked);
+      marked.slice(0, 1).forEach(bringIntoSight);
     }
   }
 

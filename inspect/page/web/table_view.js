@@ -1,24 +1,38 @@
-// Shows one table: filters and sorts all of its rows, and draws the first ones.
+// Shows one table: filters and sorts all of its rows, and draws a part of them.
 
 /* global Address, Draw, Filter, Tables */
 /* exported TableView */
 const TableView = (() => {
-  const FIRST_ROWS = 100;
-  const MORE_ROWS = 1000;
+  const FIRST_ROWS = 50;
+  const MORE_ROWS = 500;
+  const MOST_PRINTED = 2000;
+  const ROWS_BEFORE = 10; // the chosen one, where the table has to begin further down
+  const SAMPLES = 500; // rows that tell how wide the columns have to be
+  // In pixels, as in the style.
+  const FONT = '13px system-ui, sans-serif';
+  const HEAD_FONT = 'bold ' + FONT;
+  const PADDING = 19;
+  const ARROW = 4;
+  const BADGE = 20;
+  const WIDEST = 180;
 
   const section = Draw.byId('list');
   const head = section.querySelector('thead');
   const body = section.querySelector('tbody');
   const scroll = section.querySelector('.scroll');
+  const columns = section.querySelector('colgroup');
   const more = Draw.byId('more');
+  const before = Draw.byId('before');
 
   let view = '';
   let table = null;
   let rows = [];
-  let limit = FIRST_ROWS;
+  let first = 0; // the part of them that is drawn
+  let last = 0;
   let chosenRow = -1;
 
   const list = () => Address.lists[view];
+  const longer = (one, other) => other.length > one.length ? other : one;
 
   function showSort() {
     const { sort } = list();
@@ -59,31 +73,61 @@ const TableView = (() => {
     return element;
   }
 
-  function draw() {
-    body.replaceChildren(...rows.slice(0, limit).map(rowElement));
+  // Draws the rows from `from` up to `to`.
+  function draw(from, to) {
+    first = Math.max(0, from);
+    last = Math.min(rows.length, to);
+    body.replaceChildren(...rows.slice(first, last).map(rowElement));
     tell();
   }
 
   function drawMore(count) {
-    body.append(...rows.slice(limit, limit + count).map(rowElement));
-    limit += count;
+    const to = Math.min(rows.length, last + count);
+    body.append(...rows.slice(last, to).map(rowElement));
+    last = to;
+    tell();
+  }
+
+  function drawBefore(count) {
+    const from = Math.max(0, first - count);
+    body.prepend(...rows.slice(from, first).map(rowElement));
+    first = from;
     tell();
   }
 
   function tell() {
-    const drawn = Math.min(limit, rows.length);
     const all = Draw.count(table.count, table.one, table.many);
     const found = rows.length === table.count ? all : `${Draw.number(rows.length)} of ${all}`;
-    Draw.byId('count').textContent = drawn < rows.length ? `${found}, the first ${Draw.number(drawn)} shown` : found;
-    more.hidden = drawn === rows.length;
-    more.textContent = `Show ${Draw.number(Math.min(MORE_ROWS, rows.length - drawn))} more`;
+    const isWhole = last - first === rows.length;
+    Draw.byId('count').textContent = isWhole ? found : `${found}, ${Draw.number(first + 1)} to ${Draw.number(last)} shown`;
+    more.hidden = last === rows.length;
+    more.textContent = `Show ${Draw.number(Math.min(MORE_ROWS, rows.length - last))} more`;
+    before.hidden = first === 0;
+    before.textContent = `Show ${Draw.number(Math.min(MORE_ROWS, first))} before`;
   }
 
   function update() {
     rows = Filter.apply(table, Tables.sorted(table, list().sort), list().filter);
-    limit = FIRST_ROWS;
     showSort();
-    draw();
+    draw(0, FIRST_ROWS);
+    scroll.scrollTop = 0;
+  }
+
+  // Columns keep their widths whatever is shown of them: nothing jumps while one types, and less is to be laid out.
+  function setWidths() {
+    const step = Math.max(1, Math.ceil(table.count / SAMPLES));
+    const samples = table.rows.filter(row => row % step === 0);
+    const widths = table.visible.map(column => {
+      const longest = samples.reduce((most, row) => longer(most, column.text(row)), '');
+      return Math.max(Draw.textWidth(column.title, HEAD_FONT) + ARROW, column.width || 0,
+        Math.min(Draw.textWidth(longest, FONT) + (column.isBadge ? BADGE : 0), WIDEST)) + PADDING;
+    });
+    columns.replaceChildren(...widths.map(width => {
+      const element = Draw.html('col', {});
+      element.style.width = `${width}px`;
+      return element;
+    }));
+    columns.parentElement.style.minWidth = `${widths.reduce((sum, width) => sum + width, 0)}px`;
   }
 
   function open(name) {
@@ -91,9 +135,9 @@ const TableView = (() => {
     table = Tables.of[name];
     chosenRow = -1;
     head.replaceChildren(Draw.html('tr', {}, ...table.visible.map(headCell)));
+    setWidths();
     Draw.byId('list-title').textContent = table.title;
     Draw.byId('hint').textContent = table.hint;
-    scroll.scrollTop = 0;
   }
 
   const elementOf = row => body.querySelector(`tr[data-row="${row}"]`);
@@ -112,8 +156,8 @@ const TableView = (() => {
     body.querySelectorAll('[aria-current]').forEach(element => element.removeAttribute('aria-current'));
     chosenRow = thing ? table.rowOf(thing) : -1;
     const place = rows.indexOf(chosenRow);
-    if (place >= limit) {
-      drawMore(Math.ceil((place + 1 - limit) / MORE_ROWS) * MORE_ROWS);
+    if (place >= 0 && (place < first || place >= last)) {
+      draw(place - ROWS_BEFORE, place - ROWS_BEFORE + FIRST_ROWS);
     }
     const element = elementOf(chosenRow);
     if (element) {
@@ -147,10 +191,18 @@ const TableView = (() => {
   });
 
   more.addEventListener('click', () => {
-    const first = limit;
+    const drawn = last - first;
     drawMore(MORE_ROWS);
-    body.rows[first].querySelector('a').focus();
+    body.rows[drawn].querySelector('a').focus();
   });
 
-  return { open, update, mark, focusChosen, drawMore: () => drawMore(MORE_ROWS) };
+  before.addEventListener('click', () => {
+    drawBefore(MORE_ROWS);
+    body.rows[0].querySelector('a').focus();
+  });
+
+  // On paper there is no button to press.
+  const drawForPrint = () => draw(0, Math.max(MOST_PRINTED, last - first));
+
+  return { open, update, mark, focusChosen, drawForPrint };
 })();

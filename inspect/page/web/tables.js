@@ -1,7 +1,8 @@
 // The four tables: what their columns are, and what stands in them. A row is a number; a table tells what belongs to it.
 //
 // A column: key (for the address and the filter), title, text(row); isNumber and value(row) for numbers (null: none);
-// cell(row), an element in place of the text; fits(row, wanted) for a filter of its own; hidden: for the filter only.
+// cell(row), an element in place of the text; isBadge when it is one; width, the least in pixels; fits(row, wanted) for a
+// filter of its own; hidden: for the filter only; isRelated: of another table's row, see `related`.
 
 /* global Address, Bus, Draw */
 /* exported Tables */
@@ -41,7 +42,7 @@ const Tables = (() => {
       nameColumn('role', 'Role', row => interfaces[row].role),
       nameColumn('domain', 'Domain', row => interfaces[row].domain),
       textColumn('type', 'Type', row => interfaces[row].type,
-        { cell: row => badge(interfaces[row].type, interfaceKind(interfaces[row])) }),
+        { isBadge: true, cell: row => badge(interfaces[row].type, interfaceKind(interfaces[row])) }),
       textColumn('version', 'Version', row => interfaces[row].version),
       textColumn('state', 'State', row => interfaces[row].state),
       idColumn('pid', 'Process', row => interfaces[row].process ? interfaces[row].process.pid : null),
@@ -64,7 +65,7 @@ const Tables = (() => {
       idColumn('pid', 'Process', row => processes[row].pid,
         chooses(row => processes[row], row => String(processes[row].pid))),
       nameColumn('app', 'Application', row => processes[row].application || ''),
-      textColumn('living', 'Living', row => processes[row].living, { cell: row => livingCell(processes[row].living) }),
+      textColumn('living', 'Living', row => processes[row].living, { isBadge: true, cell: row => livingCell(processes[row].living) }),
       numberColumn('started', 'Started (s after boot)', row => processes[row].started,
         { text: row => startedText(processes[row].started) }),
       numberColumn('provides', 'Provides', row => processes[row].provides),
@@ -103,7 +104,7 @@ const Tables = (() => {
       numberColumn('total', 'Total', row => memory[row].total),
       numberColumn('used', 'Used', row => memory[row].used),
       numberColumn('free', 'Free', row => memory[row].free),
-      numberColumn('use', 'Use', row => memory[row].share, { text: row => shareText(memory[row].share), cell: usage })
+      numberColumn('use', 'Use', row => memory[row].share, { text: row => shareText(memory[row].share), cell: usage, width: 220 })
     ]
   };
 
@@ -129,7 +130,7 @@ const Tables = (() => {
       idColumn('slot', 'Slot', row => slots.index[row],
         chooses(row => Bus.slotThing(slots.index[row]), row => String(slots.index[row]))),
       textColumn('state', 'State', row => slots.stateWord(row),
-        { cell: row => badge(slots.stateWord(row), `slot-${slots.stateWord(row)}`) }),
+        { isBadge: true, cell: row => badge(slots.stateWord(row), `slot-${slots.stateWord(row)}`) }),
       idColumn('counter', 'Counter', row => slots.writerCounter[row]),
       numberColumn('size', 'Size', row => slots.userDataSize[row]),
       idColumn('sender', 'Sender', row => slots.sender[row]),
@@ -139,7 +140,7 @@ const Tables = (() => {
         { isRelated: true, fits: (row, wanted) => wanted === '' || slots.receivers(row).has(Number(wanted)) }),
       textColumn('data', 'Data', row => slots.chain(row) ? slots.chain(row).entries.join(' ') : ''),
       textColumn('external', 'External', externalOf),
-      textColumn('fault', 'Fault', faultOf, { cell: row => faultOf(row) && badge(faultOf(row), 'error') })
+      textColumn('fault', 'Fault', faultOf, { isBadge: true, cell: row => faultOf(row) && badge(faultOf(row), 'error') })
     ]
   };
 
@@ -147,13 +148,27 @@ const Tables = (() => {
 
   Object.values(tables).forEach(table => {
     const shownRows = Array.from({ length: table.count }, (_, row) => row);
-    const searched = table.columns.filter(column => !column.isRelated && !column.hidden);
-    let texts = null;
+    const searched = table.columns.filter(column => !column.isRelated && !column.hidden)
+      .map(column => column.isNumber ? column.value : column.text);
+    const texts = [];
     // What the filter looks into, row by row, in lower case.
     table.texts = () => {
-      texts = texts || shownRows.map(row => searched.map(column => column.text(row)).join('\n').toLowerCase());
+      addTexts(() => true);
       return texts;
     };
+    // Adds to them while `mayGoOn`; whether there is more to add.
+    function addTexts(mayGoOn) {
+      while (texts.length < table.count && mayGoOn()) {
+        const row = texts.length;
+        texts.push(searched.map(part => part(row)).join('\n').toLowerCase());
+      }
+      return texts.length < table.count;
+    }
+    // Sixty thousand rows take a moment, which shall not be the one in which the first letter is typed.
+    const addInIdleTime = idle => addTexts(() => idle.timeRemaining() > 1) && requestIdleCallback(addInIdleTime);
+    if (window.requestIdleCallback) {
+      requestIdleCallback(addInIdleTime);
+    }
     table.rows = shownRows;
     table.visible = table.columns.filter(column => !column.hidden);
   });
