@@ -40,7 +40,7 @@ void connect(LockedRegistry& registry, std::uint16_t linksPerInterface)
 }
 
 /// The slots from `first` on: messages with and without chain, external data and receivers, and all other states.
-void writeSixteenSlots(LockedRegistry& registry, std::uint32_t first)
+void writeSixteenSlots(LockedRegistry& registry, std::uint32_t first, Slots slots)
 {
     const auto sender = static_cast<std::uint16_t>(1 + first / 16 % 1023);
     std::vector<std::uint16_t> receivers(40);
@@ -68,6 +68,10 @@ void writeSixteenSlots(LockedRegistry& registry, std::uint32_t first)
     write(12, {.state = SlotState::message, .dataIndex = first + 13, .receivers = receivers});
     writeData(13, cNoDataEntry);
     write(14, {.state = SlotState::message, .receivers = {1, 20, 300}});
+    if (slots == Slots::eAllInUse) {
+        write(9, {.state = SlotState::message, .receivers = {2}});
+        write(15, {.state = SlotState::reserved});
+    }
 }
 
 } // namespace
@@ -77,7 +81,7 @@ std::string interfaceName(std::uint16_t id)
     return longName("AnInterfaceName", id);
 }
 
-HostedChannel hostFullChannel(std::uint16_t linksPerInterface, std::uint32_t messageSlots)
+HostedChannel hostFullChannel(std::uint16_t linksPerInterface, std::uint32_t messageSlots, Slots slots)
 {
     static int channels = 0;
     HostedChannel channel = HostedChannel::create({
@@ -92,7 +96,7 @@ HostedChannel hostFullChannel(std::uint16_t linksPerInterface, std::uint32_t mes
     }
     connect(registry, linksPerInterface);
     for (std::uint32_t first = 0; first + 16 <= messageSlots; first += 16) {
-        writeSixteenSlots(registry, first);
+        writeSixteenSlots(registry, first, slots);
     }
     return channel;
 }

@@ -1,8 +1,10 @@
 // Measures the tool against the least that what it does can cost, and prints one table.
 //
-// usage: zunic_benchmarks [hold|query|dbus|report]
+// usage: zunic_benchmarks [hold|query|dbus|report|inspect]
+#include "folder.h"
 #include "full_channel.h"
 #include "hold_time.h"
+#include "inspect_benchmarks.h"
 #include "name_daemon.h"
 #include "recorded_write.h"
 #include "table.h"
@@ -12,7 +14,6 @@
 #include <fstream>
 #include <iostream>
 #include <string_view>
-#include <unistd.h>
 
 using namespace Bench;
 
@@ -22,25 +23,6 @@ constexpr std::uint16_t cSomeLinks = 16;
 constexpr std::uint16_t cAllLinks = 1024;
 constexpr std::uint32_t cFewSlots = 64;
 constexpr std::uint32_t cAllSlots = 65'536;
-
-/// A new folder in memory, where no disk takes part, removed in the end.
-class Folder
-{
-public:
-    Folder() : mPath("/dev/shm/zunic_benchmarks." + std::to_string(getpid()))
-    {
-        std::filesystem::create_directory(mPath);
-    }
-    ~Folder() { std::filesystem::remove_all(mPath); }
-
-    Folder(const Folder&) = delete;
-    Folder& operator=(const Folder&) = delete;
-
-    std::string operator/(const std::string& name) const { return mPath + "/" + name; }
-
-private:
-    std::string mPath;
-};
 
 Command toolCommand(const Folder& folder, std::vector<std::string> arguments)
 {
@@ -185,6 +167,9 @@ int main(int argc, char** argv)
         }
         if (isWanted("report")) {
             measureReports(folder);
+        }
+        if (isWanted("inspect")) {
+            measureInspect(folder);
         }
         return 0;
     } catch (const std::exception& error) {

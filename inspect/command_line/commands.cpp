@@ -1,9 +1,12 @@
+#include "inspect/check/check.h"
 #include "inspect/command_line/command.h"
+#include "inspect/diff/diff.h"
 #include "inspect/list/list.h"
 #include "inspect/page/page.h"
 #include "inspect/save/save.h"
 #include "inspect/show/show.h"
 #include "inspect/wait/wait.h"
+#include "inspect/watch/watch.h"
 
 #include <array>
 
@@ -11,7 +14,8 @@ namespace Inspect {
 
 namespace {
 
-constexpr std::array cCommands{&cListCommand, &cShowCommand, &cWaitCommand, &cSaveCommand, &cPageCommand};
+constexpr std::array cCommands{&cListCommand,  &cShowCommand, &cWaitCommand, &cWatchCommand,
+                               &cCheckCommand, &cDiffCommand, &cSaveCommand, &cPageCommand};
 
 } // namespace
 

@@ -85,16 +85,21 @@ void addFilterOptions(CLI::App& part, InterfaceFilter& filter)
             "registered, preregistered (required) or any");
 }
 
+void addColorOption(CLI::App& part, bool& areWanted)
+{
+    areWanted = areColorsWanted("auto");
+    part.add_option_function<std::string>(
+            "--color", [&areWanted](const std::string& choice) { areWanted = areColorsWanted(choice); },
+            "auto (on a terminal, unless NO_COLOR is set), always or never")
+        ->check(CLI::IsMember({"auto", "always", "never"}).description(""))
+        ->type_name("WHEN");
+}
+
 void addLookOptions(CLI::App& part, TableLook& look)
 {
     part.add_flag(
         "--noheadings", [&look](std::int64_t) { look.mHeadings = false; }, "Leave out the headings");
-    look.mColors = areColorsWanted("auto");
-    part.add_option_function<std::string>(
-            "--color", [&look](const std::string& choice) { look.mColors = areColorsWanted(choice); },
-            "auto (on a terminal, unless NO_COLOR is set), always or never")
-        ->check(CLI::IsMember({"auto", "always", "never"}).description(""))
-        ->type_name("WHEN");
+    addColorOption(part, look.mColors);
 }
 
 } // namespace Inspect

@@ -26,6 +26,9 @@ void addSourceOptions(CLI::App& part, SourceOptions& source);
 /// --role, --domain, --app, --type, --state and --pid; --name is left to those who take no names otherwise.
 void addFilterOptions(CLI::App& part, InterfaceFilter& filter);
 
+/// --color, with what it means now in `areWanted`; call it once for a command.
+void addColorOption(CLI::App& part, bool& areWanted);
+
 /// --noheadings and --color; call it once for a command.
 void addLookOptions(CLI::App& part, TableLook& look);
 

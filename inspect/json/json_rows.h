@@ -7,16 +7,15 @@
 
 namespace Inspect {
 
-constexpr auto cListSchema = "zunic-bus-list/1";
+constexpr auto cListSchema = "zunic-bus-list/1"; ///< as docs/bus_list.schema.json tells it
 
-/// Writes {"schema": ..., "WHAT": [row, ...]}, a row a line, each when it is added: there may be sixty thousand. The
-/// format is told by docs/bus_list.schema.json.
+/// Writes {"schema": ..., "WHAT": [row, ...]}, a row a line, each when it is added: there may be sixty thousand.
 class JsonRows
 {
 public:
-    JsonRows(std::ostream& out, const char* what) : mOut(out)
+    JsonRows(std::ostream& out, const char* schema, const char* what) : mOut(out)
     {
-        mOut << "{\"schema\":" << Json(cListSchema) << ",\"" << what << "\":[";
+        mOut << "{\"schema\":" << Json(schema) << ",\"" << what << "\":[";
     }
 
     void add(const Json& row)

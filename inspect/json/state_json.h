@@ -33,6 +33,9 @@ Json toJson(const MessageStorage& storage);
 /// A name: a string if it is valid UTF-8, else an array of bytes.
 Json nameToJson(const std::string& bytes);
 
+/// "2026-11-23T07:52:01.123Z".
+std::string timeText(std::chrono::milliseconds sinceEpoch);
+
 /// Writes the state piece by piece: it needs no memory for the whole text. The stream tells of failures.
 void writeState(std::ostream& out, const BusState& state);
 

@@ -34,19 +34,6 @@ Json chainToJson(const Channel::DataChain& chain)
     return json;
 }
 
-/// "2026-11-23T07:52:01.123Z".
-std::string timeText(std::chrono::milliseconds sinceEpoch)
-{
-    const auto seconds = std::chrono::floor<std::chrono::seconds>(sinceEpoch);
-    const std::time_t time = seconds.count();
-    std::tm parts{};
-    gmtime_r(&time, &parts);
-    std::ostringstream text;
-    text << std::put_time(&parts, "%Y-%m-%dT%H:%M:%S.") << std::setfill('0') << std::setw(3)
-         << (sinceEpoch - seconds).count() << 'Z';
-    return text.str();
-}
-
 /// Writes `"key": [`, an element a line, and `]`.
 template <typename Elements>
 void writeArray(std::ostream& out, const char* key, const Elements& elements)
@@ -70,6 +57,18 @@ bool isUtf8(const std::string& bytes)
 }
 
 } // namespace
+
+std::string timeText(std::chrono::milliseconds sinceEpoch)
+{
+    const auto seconds = std::chrono::floor<std::chrono::seconds>(sinceEpoch);
+    const std::time_t time = seconds.count();
+    std::tm parts{};
+    gmtime_r(&time, &parts);
+    std::ostringstream text;
+    text << std::put_time(&parts, "%Y-%m-%dT%H:%M:%S.") << std::setfill('0') << std::setw(3)
+         << (sinceEpoch - seconds).count() << 'Z';
+    return text.str();
+}
 
 Json nameToJson(const std::string& bytes)
 {

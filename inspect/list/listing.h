@@ -3,6 +3,7 @@
 
 #include "inspect/json/json_rows.h"
 #include "inspect/list/list.h"
+#include "inspect/state/look_memory.h"
 
 // One kind of list is a class with:
 //   Row                      what a line is about
@@ -71,7 +72,7 @@ std::string tableOf(const std::vector<typename List::Row>& rows, const std::vect
 template <typename List>
 void writeJson(std::ostream& out, const std::vector<typename List::Row>& rows)
 {
-    JsonRows array(out, List::cWord);
+    JsonRows array(out, cListSchema, List::cWord);
     for (const auto& row : rows) {
         array.add(List::json(row));
     }
@@ -82,6 +83,7 @@ template <typename List>
 ExitStatus runListOf(const ListOptions& options, std::ostream& out)
 {
     const auto places = chooseColumns(columnHeads<List>(), options.mColumns);
+    const LookMemory memory;
     const BusState state = readSource(options.mSource, wantedFor<List>(options, places));
     const auto rows = List::rows(state, options.mFilter);
     if (options.mJson) {

@@ -45,7 +45,7 @@ void writeInterfaceJson(std::ostream& out, const std::vector<const Interface*>& 
 {
     const Owners owners(state);
     const Connections connections(state);
-    JsonRows rows(out, "interfaces");
+    JsonRows rows(out, cListSchema, "interfaces");
     for (const Interface* const interface : interfaces) {
         rows.add(wholeJson(*interface, owners, connections));
     }

@@ -3,6 +3,7 @@
 #include "channel/function_names.h"
 #include "channel/registry_snapshot.h"
 #include "inspect/state/processes.h"
+#include "inspect/state/state_parts.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -14,22 +15,8 @@ namespace Inspect {
 
 namespace {
 
-using Attachment = std::unique_ptr<oxa_zunic_communication_channel,
-                                   decltype([](auto* channel) { oxa_zunic_communication_channel_destroy(channel); })>;
-
 /// As many as a range location can name: a damaged count says nothing.
 constexpr std::uint32_t cMostMemoryManagers = 1U << 16;
-
-Attachment attach(const std::string& name)
-{
-    oxa_zunic_communication_channel* handle = nullptr;
-    const int error = oxa_zunic_communication_channel_create(name.c_str(), &handle);
-    Attachment channel(handle);
-    if (error != 0 || channel == nullptr || !oxa_zunic_communication_channel_is_initialized(handle)) {
-        throw NoChannel("no usable channel \"" + name + "\"", error == ENOENT);
-    }
-    return channel;
-}
 
 IdSet idsIn(const oxa_zunic_receiver_bitfield_struct& receivers)
 {
@@ -54,42 +41,6 @@ Interface decode(const Channel::InterfaceEntry& entry)
             .mReceivers = idsIn(entry.mReceivers)};
 }
 
-void decodeTables(const Channel::RegistryTables& tables, BusState& state)
-{
-    for (const Channel::InterfaceEntry& entry : tables.mInterfaces) {
-        if (Channel::isInUse(entry)) {
-            state.mInterfaces.push_back(decode(entry));
-        }
-    }
-    std::ranges::stable_sort(state.mInterfaces, {}, &Interface::mId);
-    for (const Channel::CommunicatorEntry& entry : tables.mCommunicators) {
-        if (entry.mCommunicatorId != Channel::cNoCommunicator) {
-            state.mCommunicators.push_back({entry.mCommunicatorId, entry.mProcessId, entry.mState, {}});
-        }
-    }
-}
-
-void readFunctions(oxa_zunic_communication_channel* channel, std::vector<Interface>& interfaces)
-{
-    std::size_t bytesLeft = Channel::cMostFunctionNameBytes;
-    for (Interface& interface : interfaces) {
-        std::vector<std::string_view> names;
-        if (bytesLeft == 0 ||
-            Channel::readFunctionNames(Channel::memoryDispatcher(channel), interface.mFunctionStorage, names) != 0) {
-            continue;
-        }
-        interface.mFunctions.emplace();
-        for (const std::string_view name : names) {
-            if (name.size() >= bytesLeft) {
-                bytesLeft = 0;
-                break;
-            }
-            bytesLeft -= name.size();
-            interface.mFunctions->emplace_back(name);
-        }
-    }
-}
-
 void lookUpProcesses(std::vector<Communicator>& communicators)
 {
     std::map<std::uint32_t, Process> processes;
@@ -99,16 +50,6 @@ void lookUpProcesses(std::vector<Communicator>& communicators)
             place->second = lookUpProcess(communicator.mProcessId);
         }
         communicator.mProcess = place->second;
-    }
-}
-
-void readMemoryManagers(oxa_zunic_communication_channel* channel, std::vector<Channel::MemoryManagerFigures>& figures)
-{
-    const Channel::MemoryManagers managers(Channel::memoryDispatcher(channel));
-    if (managers.isPresent()) {
-        for (std::uint32_t i = 0; i < std::min(managers.count(), cMostMemoryManagers); ++i) {
-            figures.push_back(managers.figures(i));
-        }
     }
 }
 
@@ -165,6 +106,7 @@ void readMessages(oxa_zunic_communication_channel* channel, MessageStorage& mess
     messages.mLastWrittenIndex = Channel::loadShared(header.last_written_index);
     messages.mWriterCounter = Channel::loadShared(header.writer_counter);
     messages.mTotals.mFree = slots.size() - slots.readable();
+    messages.mSlots.reserve(slots.readable()); // Pages that are not filled cost nothing, and nothing is moved.
     for (std::uint32_t i = 0; i < slots.readable(); ++i) {
         const Channel::SlotHead head = slots.head(i);
         ++totalOf(head.mState, messages.mTotals);
@@ -184,19 +126,87 @@ std::string bootId()
 
 } // namespace
 
+Attachment attach(const std::string& name)
+{
+    oxa_zunic_communication_channel* handle = nullptr;
+    const int error = oxa_zunic_communication_channel_create(name.c_str(), &handle);
+    Attachment channel(handle);
+    if (error != 0 || channel == nullptr || !oxa_zunic_communication_channel_is_initialized(handle)) {
+        throw NoChannel("no usable channel \"" + name + "\"", error == ENOENT);
+    }
+    return channel;
+}
+
+void decodeTables(const Channel::RegistryTables& tables, BusState& state)
+{
+    for (const Channel::InterfaceEntry& entry : tables.mInterfaces) {
+        if (Channel::isInUse(entry)) {
+            state.mInterfaces.push_back(decode(entry));
+        }
+    }
+    std::ranges::stable_sort(state.mInterfaces, {}, &Interface::mId);
+    for (const Channel::CommunicatorEntry& entry : tables.mCommunicators) {
+        if (entry.mCommunicatorId != Channel::cNoCommunicator) {
+            state.mCommunicators.push_back({entry.mCommunicatorId, entry.mProcessId, entry.mState, {}});
+        }
+    }
+}
+
+void readFunctions(oxa_zunic_communication_channel* channel, std::vector<Interface>& interfaces)
+{
+    std::size_t bytesLeft = Channel::cMostFunctionNameBytes;
+    for (Interface& interface : interfaces) {
+        std::vector<std::string_view> names;
+        if (bytesLeft == 0 || interface.mFunctions ||
+            Channel::readFunctionNames(Channel::memoryDispatcher(channel), interface.mFunctionStorage, names) != 0) {
+            continue;
+        }
+        interface.mFunctions.emplace();
+        for (const std::string_view name : names) {
+            if (name.size() >= bytesLeft) {
+                bytesLeft = 0;
+                break;
+            }
+            bytesLeft -= name.size();
+            interface.mFunctions->emplace_back(name);
+        }
+    }
+}
+
+void readMemoryManagers(oxa_zunic_communication_channel* channel, std::vector<Channel::MemoryManagerFigures>& figures)
+{
+    const Channel::MemoryManagers managers(Channel::memoryDispatcher(channel));
+    if (managers.isPresent()) {
+        for (std::uint32_t i = 0; i < std::min(managers.count(), cMostMemoryManagers); ++i) {
+            figures.push_back(managers.figures(i));
+        }
+    }
+}
+
+void failToLock(const std::string& channel)
+{
+    throw NoChannel("the registry mutex of channel \"" + channel + "\" could not be taken");
+}
+
+void signState(const std::string& channel, BusState& state)
+{
+    state.mTakenAt = std::chrono::floor<std::chrono::milliseconds>(std::chrono::system_clock::now()).time_since_epoch();
+    state.mChannel = channel;
+    state.mBootId = bootId();
+    state.mProgramVersion = ZUNIC_INSPECT_VERSION;
+}
+
 BusState takeState(const std::string& channelName, const Wanted& wanted)
 {
     const Attachment channel = attach(channelName);
     BusState state;
-    const Channel::RegistryCopy copy = Channel::copyRegistry(channel.get(), &state.mMutexHeld);
+    Channel::RegistryCopy copy = Channel::copyRegistry(channel.get(), &state.mMutexHeld);
     if (copy == nullptr) {
-        throw NoChannel("the registry mutex of channel \"" + channelName + "\" could not be taken");
+        failToLock(channelName);
     }
-    state.mTakenAt = std::chrono::floor<std::chrono::milliseconds>(std::chrono::system_clock::now()).time_since_epoch();
-    state.mChannel = channelName;
-    state.mBootId = bootId();
-    state.mProgramVersion = ZUNIC_INSPECT_VERSION;
+    signState(channelName, state);
     decodeTables(*copy, state);
+    copy.reset();
     if (wanted.mProcesses) {
         lookUpProcesses(state.mCommunicators);
     }

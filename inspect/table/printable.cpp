@@ -15,6 +15,12 @@ constexpr std::size_t cNoCharacter = 0;
 /// break a line, fillers.
 constexpr std::array<wchar_t, 9> cLikeBlanks{0x00A0, 0x00AD, 0x115F, 0x1160, 0x2007, 0x202F, 0x2800, 0x3164, 0xFFA0};
 
+/// Shown as it is, whatever stands beside it.
+bool isPlain(char byte)
+{
+    return byte > ' ' && byte <= '~' && byte != '\\';
+}
+
 /// The number of bytes that the first character has; cNoCharacter when it is none that is shown. What has no width
 /// could change how others are shown: the order of writing, for one.
 std::size_t shownBytes(std::string_view bytes)
@@ -46,6 +52,12 @@ std::string printable(std::string_view bytes, Blanks blanks)
     std::string text;
     text.reserve(bytes.size());
     while (!bytes.empty()) {
+        const auto plain = static_cast<std::size_t>(std::ranges::find_if_not(bytes, isPlain) - bytes.begin());
+        text += bytes.substr(0, plain);
+        bytes.remove_prefix(plain);
+        if (bytes.empty()) {
+            break;
+        }
         const bool isKeptBlank = blanks == Blanks::eKept && bytes.front() == ' ';
         const std::size_t shown = isKeptBlank ? 1 : bytes.starts_with("\\x") ? cNoCharacter : shownBytes(bytes);
         if (shown == cNoCharacter) {

@@ -1,6 +1,8 @@
 #include "inspect/table/table.h"
 
+#include <algorithm>
 #include <cstdlib>
+#include <cwchar>
 #include <libsmartcols.h>
 #include <new>
 
@@ -39,7 +41,31 @@ int flagsOf(Kind kind)
     case Kind::eText:
         break;
     }
-    return SCOLS_FL_TRUNC;
+    return SCOLS_FL_TRUNC | SCOLS_FL_WRAP; // Wrapped by the functions below: that is, never.
+}
+
+/// In columns of the terminal. The library would look up each character, which is most of the time of a long list.
+std::size_t widthOf(const libscols_column*, const char* text, void*)
+{
+    const std::string_view bytes = text;
+    if (std::ranges::all_of(bytes, [](char byte) { return static_cast<unsigned char>(byte) < 0x80; })) {
+        return bytes.size();
+    }
+    std::size_t width = 0;
+    std::mbstate_t state{};
+    wchar_t character = 0;
+    for (const char* place = text; *place != '\0';) {
+        const std::size_t size = std::mbrtowc(&character, place, MB_CUR_MAX, &state);
+        width += static_cast<std::size_t>(wcwidth(character)); // Printable: it has a size and a width.
+        place += size;
+    }
+    return width;
+}
+
+/// There is none: a text is one line.
+char* nextPart(const libscols_column*, char*, void*)
+{
+    return nullptr;
 }
 
 /// One that reads like an empty one is told from it.
@@ -63,7 +89,9 @@ Table::Table(const std::vector<Heading>& headings, const TableLook& look) : mTab
     check(scols_table_enable_noheadings(mTable.get(), look.mHeadings ? 0 : 1));
     check(scols_table_enable_colors(mTable.get(), look.mColors ? 1 : 0));
     for (const Heading& heading : headings) {
-        checked(scols_table_new_column(mTable.get(), heading.mName, 0, flagsOf(heading.mKind)));
+        libscols_column* const column =
+            checked(scols_table_new_column(mTable.get(), heading.mName, 0, flagsOf(heading.mKind)));
+        check(scols_column_set_wrapfunc(column, widthOf, nextPart, nullptr));
     }
 }
 

@@ -1,0 +1,228 @@
+#include "inspect/watch/watch.h"
+
+#include "inspect/check/finding.h"
+#include "inspect/diff/wording.h"
+#include "inspect/state/bus_follower.h"
+#include "inspect/state/take_state.h"
+#include "inspect/table/printable.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <poll.h>
+#include <unistd.h>
+
+namespace Inspect {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+
+milliseconds timeNow()
+{
+    return std::chrono::floor<milliseconds>(std::chrono::system_clock::now()).time_since_epoch();
+}
+
+/// All that has been told is written already.
+void endAtOnce(int)
+{
+    _exit(eExitYes);
+}
+
+void endOnSignals()
+{
+    struct sigaction action = {};
+    action.sa_handler = endAtOnce;
+    for (const int signal : {SIGINT, SIGTERM}) {
+        sigaction(signal, &action, nullptr);
+    }
+}
+
+/// Waits until then; false when there is nobody to read standard output any more.
+bool waitUntil(Clock::time_point then)
+{
+    for (;;) {
+        const auto left = std::chrono::ceil<milliseconds>(then - Clock::now()).count();
+        if (left <= 0) {
+            return true;
+        }
+        pollfd reader{.fd = STDOUT_FILENO, .events = 0, .revents = 0};
+        constexpr milliseconds::rep cLongest = 3'600'000;
+        if (poll(&reader, 1, static_cast<int>(std::min(left, cLongest))) > 0) {
+            return false;
+        }
+    }
+}
+
+/// Writes the lines.
+class Teller
+{
+public:
+    Teller(std::ostream& out, const ChangeOptions& options) : mOut(out), mOptions(options) {}
+
+    void tell(milliseconds time, const Change& change) { write(time, lineOf(change), toJson(change)); }
+
+    /// What is not about two states: "+ channel OXABus: there".
+    void tellOfChannel(const char* sign, const std::string& channel, const std::string& what)
+    {
+        const char* const change = *sign == '+' ? "added" : "removed";
+        write(timeNow(), std::string(sign) + " channel " + printable(channel) + ": " + printable(what, Blanks::eKept),
+              {{"change", change}, {"kind", "channel"}, {"channel", nameToJson(channel)}, {"what", nameToJson(what)}});
+    }
+
+    void tellFinding(milliseconds time, const Finding& finding)
+    {
+        write(time, std::string("! ") + finding.mCode + ": " + printable(finding.mEvidence, Blanks::eKept),
+              {{"change", "found"},
+               {"kind", "finding"},
+               {"code", finding.mCode},
+               {"evidence", nameToJson(finding.mEvidence)}});
+    }
+
+private:
+    void write(milliseconds time, const std::string& line, Json json)
+    {
+        if (mOptions.mJson) {
+            Json object{{"schema", cDiffSchema}, {"time", timeText(time)}};
+            object.update(json);
+            mOut << object << std::endl;
+        } else {
+            mOut << timeText(time) << ' ' << (mOptions.mColors ? colored(line) : line) << std::endl;
+        }
+    }
+
+    std::ostream& mOut;
+    const ChangeOptions& mOptions;
+};
+
+/// Findings that show only over time take two looks that are some time apart: what is on its way through the bus is in
+/// its place by then.
+class Findings
+{
+public:
+    explicit Findings(const WatchOptions& options) : mOptions(options) {}
+
+    /// Those that are waited for.
+    std::vector<Finding> look()
+    {
+        const Clock::time_point time = Clock::now();
+        BusState now = takeState(mOptions.mChannel, Wanted::everything());
+        std::vector<Finding> findings = findAll(now, mOlder ? &*mOlder : nullptr);
+        std::erase_if(findings, [&](const Finding& finding) { return finding.mCode != mOptions.mUntil; });
+        if (!mYounger || time - mYoungerTakenAt >= cApart) {
+            mOlder = std::exchange(mYounger, std::move(now));
+            mYoungerTakenAt = time;
+        }
+        return findings;
+    }
+
+private:
+    static constexpr std::chrono::seconds cApart{2};
+
+    const WatchOptions& mOptions;
+    std::optional<BusState> mOlder; ///< so old at least
+    std::optional<BusState> mYounger;
+    Clock::time_point mYoungerTakenAt;
+};
+
+class Watch
+{
+public:
+    Watch(const WatchOptions& options, std::ostream& out)
+        : mOptions(options), mTeller(out, options.mChanges), mFollower(options.mChannel), mFindings(options)
+    {}
+
+    /// Whether what is waited for has come.
+    bool look();
+
+private:
+    void tellChanges();
+    bool tellFindings();
+
+    const WatchOptions& mOptions;
+    Teller mTeller;
+    BusFollower mFollower;
+    Findings mFindings;
+    bool mWasThere = false;   ///< at any time
+    bool mIsThere = false;    ///< when it was looked at last
+    std::string mWhyNotThere; ///< as told already
+};
+
+std::string summaryOf(const BusState& state)
+{
+    return std::to_string(state.mInterfaces.size()) + " interfaces, " + std::to_string(state.mCommunicators.size()) +
+           " communicators";
+}
+
+bool Watch::look()
+{
+    try {
+        const bool isFirst = !mWasThere;
+        const bool isAnother = mFollower.look();
+        if (!mIsThere) {
+            mTeller.tellOfChannel("+", mOptions.mChannel,
+                                  (isFirst ? "there, " : "back, ") + summaryOf(mFollower.now()));
+        }
+        mWasThere = mIsThere = true;
+        mWhyNotThere.clear();
+        if (isAnother && !isFirst) {
+            tellChanges();
+        }
+        return !mOptions.mUntil.empty() && tellFindings();
+    } catch (const NoChannel& error) {
+        const std::string why =
+            (error.isMissing() ? mWasThere ? "gone, " : "waited for, " : "not usable, ") + std::string(error.what());
+        if (why != mWhyNotThere) {
+            mTeller.tellOfChannel("-", mOptions.mChannel, why);
+        }
+        mWhyNotThere = why;
+        mIsThere = false;
+        return false;
+    }
+}
+
+void Watch::tellChanges()
+{
+    std::vector<Change> changes = changesBetween(mFollower.before(), mFollower.now(), Traffic::eLeftOut);
+    dropIgnored(changes, mOptions.mChanges);
+    for (const Change& change : changes) {
+        mTeller.tell(mFollower.now().mTakenAt, change);
+    }
+}
+
+bool Watch::tellFindings()
+{
+    const std::vector<Finding> findings = mFindings.look();
+    for (const Finding& finding : findings) {
+        mTeller.tellFinding(timeNow(), finding);
+    }
+    return !findings.empty();
+}
+
+} // namespace
+
+ExitStatus runWatch(const WatchOptions& options, std::ostream& out)
+{
+    endOnSignals();
+    Watch watch(options, out);
+    const Clock::time_point begin = Clock::now();
+    for (;;) {
+        // Asked before the look, so that the last one comes when the time is up.
+        const Clock::time_point now = Clock::now();
+        const bool isLast = options.mFor && now - begin >= *options.mFor;
+        if (watch.look()) {
+            return eExitYes;
+        }
+        if (isLast && !options.mUntil.empty()) {
+            complain("time is up: no " + options.mUntil);
+            return eExitTimeIsUp;
+        }
+        const Clock::time_point next = now + options.mInterval;
+        if (isLast || !waitUntil(options.mFor ? std::min(next, begin + *options.mFor) : next)) {
+            return eExitYes;
+        }
+    }
+}
+
+} // namespace Inspect
