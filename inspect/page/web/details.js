@@ -60,7 +60,7 @@ const Details = (() => {
 
   const ofProcess = process => facts([
     ['Application', process.application === null ? 'not to be known' : name(process.application)],
-    ['Process', String(process.pid)],
+    ['PID', String(process.pid)],
     ['Living', Tables.livingCell(process.living)],
     ['Started', process.started === null ? 'not to be known' : `${Tables.startedText(process.started)} s after the boot`],
     ['Communicators', process.communicators.map(one => one.state === 'registered' ? one.id : `${one.id} (${one.state})`).join(', ')],

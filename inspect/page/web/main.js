@@ -2,7 +2,8 @@
 
 /* global Address, Bus, Details, Draw, Neighbourhood, SlotMap, TableView, Tables */
 (() => {
-  const FIRST_FINDINGS = 8;
+  const FIRST_OF_KIND = 3;
+  const MORE_OF_KIND = 100;
   const { byId, html, name } = Draw;
   const filter = byId('filter');
   const chosenTitle = byId('chosen-title');
@@ -28,18 +29,33 @@
       html('span', { class: 'evidence' }, ' ', name(finding.evidence)), html('span', { class: 'advice' }, ' ', finding.advice));
   }
 
-  function showFindings() {
-    const list = byId('findings').querySelector('ul');
-    byId('findings-title').textContent = Bus.findings.length === 0 ? 'No findings' : Draw.count(Bus.findings.length, 'finding');
-    list.append(...Bus.findings.slice(0, FIRST_FINDINGS).map(findingItem));
-    if (Bus.findings.length > FIRST_FINDINGS) {
-      const button = html('button', { type: 'button' }, `Show ${Draw.count(Bus.findings.length - FIRST_FINDINGS, 'more finding')}`);
+  // Of very many findings of one kind the first ones, and a button for those that follow.
+  function kindItems(findings) {
+    const items = findings.slice(0, FIRST_OF_KIND).map(findingItem);
+    const rest = findings.slice(FIRST_OF_KIND);
+    if (rest.length > 0) {
+      const button = html('button', { type: 'button' });
+      const item = html('li', {}, button);
+      const label = () => { button.textContent = `Show ${Math.min(MORE_OF_KIND, rest.length)} of ${Draw.number(rest.length)} more ${findings[0].code}`; };
       button.addEventListener('click', () => {
-        list.append(...Bus.findings.slice(FIRST_FINDINGS).map(findingItem));
-        button.remove();
+        item.before(...rest.splice(0, MORE_OF_KIND).map(findingItem));
+        label();
+        item.hidden = rest.length === 0;
       });
-      list.after(button);
+      label();
+      items.push(item);
     }
+    return items;
+  }
+
+  function showFindings() {
+    const kinds = new Map();
+    Bus.findings.forEach(finding => {
+      const kind = `${finding.severity} ${finding.code}`;
+      (kinds.get(kind) || kinds.set(kind, []).get(kind)).push(finding);
+    });
+    byId('findings-title').textContent = Bus.findings.length === 0 ? 'No findings' : Draw.count(Bus.findings.length, 'finding');
+    byId('findings').querySelector('ul').append(...[].concat(...Array.from(kinds.values(), kindItems)));
   }
 
   function showNavigation() {

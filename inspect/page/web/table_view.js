@@ -11,10 +11,11 @@ const TableView = (() => {
   // In pixels, as in the style.
   const FONT = '13px system-ui, sans-serif';
   const HEAD_FONT = 'bold ' + FONT;
-  const PADDING = 19;
+  const PADDING = 16;
   const ARROW = 4;
   const BADGE = 20;
   const WIDEST = 180;
+  const LETTER = 6; // more or less
 
   const section = Draw.byId('list');
   const head = section.querySelector('thead');
@@ -32,7 +33,6 @@ const TableView = (() => {
   let chosenRow = -1;
 
   const list = () => Address.lists[view];
-  const longer = (one, other) => other.length > one.length ? other : one;
 
   function showSort() {
     const { sort } = list();
@@ -118,9 +118,10 @@ const TableView = (() => {
     const step = Math.max(1, Math.ceil(table.count / SAMPLES));
     const samples = table.rows.filter(row => row % step === 0);
     const widths = table.visible.map(column => {
-      const longest = samples.reduce((most, row) => longer(most, column.text(row)), '');
+      const texts = Array.from(new Set(samples.map(column.text)));
+      const widest = Math.max(0, ...texts.map(text => text.length * LETTER > WIDEST ? WIDEST : Draw.textWidth(text, FONT)));
       return Math.max(Draw.textWidth(column.title, HEAD_FONT) + ARROW, column.width || 0,
-        Math.min(Draw.textWidth(longest, FONT) + (column.isBadge ? BADGE : 0), WIDEST)) + PADDING;
+        Math.min(widest + (column.isBadge ? BADGE : 0), WIDEST)) + PADDING;
     });
     columns.replaceChildren(...widths.map(width => {
       const element = Draw.html('col', {});

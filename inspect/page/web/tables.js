@@ -45,7 +45,7 @@ const Tables = (() => {
         { isBadge: true, cell: row => badge(interfaces[row].type, interfaceKind(interfaces[row])) }),
       textColumn('version', 'Version', row => interfaces[row].version),
       textColumn('state', 'State', row => interfaces[row].state),
-      idColumn('pid', 'Process', row => interfaces[row].process ? interfaces[row].process.pid : null),
+      idColumn('pid', 'PID', row => interfaces[row].process ? interfaces[row].process.pid : null),
       nameColumn('app', 'Application', row => (interfaces[row].process && interfaces[row].process.application) || ''),
       numberColumn('providers', 'Providers', row => Bus.providersOf(interfaces[row]).length),
       numberColumn('users', 'Users', row => Bus.userCount(interfaces[row])),
@@ -62,7 +62,7 @@ const Tables = (() => {
     thing: row => processes[row],
     rowOf: thing => thing.kind === 'process' ? thing.index : -1,
     columns: [
-      idColumn('pid', 'Process', row => processes[row].pid,
+      idColumn('pid', 'PID', row => processes[row].pid,
         chooses(row => processes[row], row => String(processes[row].pid))),
       nameColumn('app', 'Application', row => processes[row].application || ''),
       textColumn('living', 'Living', row => processes[row].living, { isBadge: true, cell: row => livingCell(processes[row].living) }),
