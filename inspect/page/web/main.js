@@ -92,6 +92,8 @@
     Details.show(byId('details'), chosen);
   }
 
+  const showMap = () => SlotMap.show(Address.current.view === 'messages', chosen);
+
   const isSame = (one, other) => one === other || Boolean(one && other && one.kind === other.kind && one.key === other.key);
 
   // What the address says of the list has been drawn already when only the thing in it has changed.
@@ -106,7 +108,7 @@
       chosen = thing;
       showChosen();
     }
-    SlotMap.show(Address.current.view === 'messages', chosen);
+    showMap();
     TableView.mark(chosen);
   }
 
@@ -143,8 +145,12 @@
   });
   window.addEventListener('pagehide', Address.writePending);
   window.addEventListener('beforeprint', TableView.drawForPrint);
-  window.matchMedia('(prefers-color-scheme: dark)').addEventListener('change',
-    () => SlotMap.show(Address.current.view === 'messages', chosen));
+  window.addEventListener('afterprint', () => {
+    TableView.update();
+    TableView.mark(chosen);
+  });
+  window.matchMedia('(prefers-color-scheme: dark)').addEventListener('change', showMap);
+  window.addEventListener('resize', showMap);
   SlotMap.onChoose(thing => {
     Address.writePending();
     location.hash = Address.inItsView(thing);
