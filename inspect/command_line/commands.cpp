@@ -3,8 +3,10 @@
 #include "inspect/diff/diff.h"
 #include "inspect/list/list.h"
 #include "inspect/metrics/metrics.h"
+#include "inspect/page/page.h"
 #include "inspect/save/save.h"
 #include "inspect/show/show.h"
+#include "inspect/top/top.h"
 #include "inspect/wait/wait.h"
 #include "inspect/watch/watch.h"
 
@@ -14,8 +16,8 @@ namespace Inspect {
 
 namespace {
 
-constexpr std::array cCommands{&cListCommand,  &cShowCommand, &cWaitCommand,    &cWatchCommand,
-                               &cCheckCommand, &cDiffCommand, &cMetricsCommand, &cSaveCommand};
+constexpr std::array cCommands{&cListCommand,  &cShowCommand, &cWaitCommand,    &cTopCommand,  &cWatchCommand,
+                               &cCheckCommand, &cDiffCommand, &cMetricsCommand, &cSaveCommand, &cPageCommand};
 
 } // namespace
 
