@@ -25,7 +25,11 @@ std::string metricsOf(const BusState& now, const BusState* before = nullptr)
 TEST(Metrics, OfADamagedBusHaveNoSeriesForEachNumber)
 {
     BusState state;
-    state.mInterfaces = {{.mId = 1, .mType = 77, .mState = 1'000'000}, {.mId = 2, .mType = 78, .mState = 1'000'001}};
+    for (const std::uint32_t number : {1'000'000U, 2'000'000U}) {
+        Interface& interface = state.mInterfaces.emplace_back();
+        interface.mType = number;
+        interface.mState = number;
+    }
     EXPECT_THAT(metricsOf(state), AllOf(HasSubstr("{channel=\"\",type=\"other\",state=\"other\"} 2\n"),
                                         HasSubstr("{channel=\"\",type=\"stub\",state=\"registered\"} 0\n")));
 }
@@ -43,7 +47,9 @@ TEST(Metrics, KeepSmallAndLargeNumbersWhole)
     BusState state;
     state.mTakenAt = std::chrono::milliseconds(1'795'431'281'323);
     state.mMutexHeld = std::chrono::nanoseconds(1);
-    state.mMemoryManagers = {{.mBlockSize = 100'000, .mTotalBlocks = std::uint64_t{1} << 52}};
+    state.mMemoryManagers.resize(1);
+    state.mMemoryManagers[0].mBlockSize = 100'000;
+    state.mMemoryManagers[0].mTotalBlocks = std::uint64_t{1} << 52;
     EXPECT_THAT(metricsOf(state),
                 AllOf(HasSubstr("_timestamp_seconds{channel=\"\"} 1795431281.323\n"),
                       HasSubstr("zunic_mutex_held_seconds{channel=\"\"} 0.000000001\n"),

@@ -37,7 +37,8 @@ await() {
 serve() {
   local name=$1
   shift
-  "$@" >"$name.log" 2>&1 &
+  : >"$name.log"
+  "$@" >>"$name.log" 2>&1 &
   pids+=($!)
   await grep -q 'Listening on' "$name.log"
   address=$(sed -n 's/.*Listening on.* address=\([0-9.:]*\).*/\1/p' "$name.log")
