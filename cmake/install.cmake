@@ -18,6 +18,7 @@ function(install_compressed file folder name)
 endfunction()
 
 install_compressed(${PROJECT_SOURCE_DIR}/docs/man/zunic_enquirer.1 ${CMAKE_INSTALL_MANDIR}/man1 zunic_enquirer.1)
+install_compressed(${PROJECT_SOURCE_DIR}/docs/man/zunic_inspect.1 ${CMAKE_INSTALL_MANDIR}/man1 zunic_inspect.1)
 if(TARGET zunic_demo_bus)
   install_compressed(${PROJECT_SOURCE_DIR}/docs/man/zunic_demo_bus.1 ${CMAKE_INSTALL_MANDIR}/man1 zunic_demo_bus.1)
 endif()
@@ -28,6 +29,12 @@ if(CMAKE_INSTALL_PREFIX STREQUAL "/usr" AND EXISTS /etc/debian_version)
 else()
   set(zsh_folder site-functions)
 endif()
-install(FILES completions/_zunic_enquirer DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/${zsh_folder})
-install(FILES completions/zunic_enquirer.bash
-  DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME zunic_enquirer)
+foreach(program zunic_enquirer zunic_inspect)
+  install(FILES completions/_${program} DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/${zsh_folder})
+  install(FILES completions/${program}.bash
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME ${program})
+endforeach()
+
+# The formats of what zunic_inspect writes and reads.
+file(GLOB schemas CONFIGURE_DEPENDS docs/*.schema.json)
+install(FILES ${schemas} DESTINATION ${CMAKE_INSTALL_DATADIR}/zunic_enquirer)

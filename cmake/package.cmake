@@ -13,7 +13,10 @@ how they are connected, and what lies in the message storage. Answers scripts
 by exit status, and people with a text report, a dump of the message storage
 and a graph.
 .
-With it comes zunic_demo_bus, which hosts a channel with real processes on it
+zunic_inspect lists, shows, waits for, checks, compares and saves what is on
+a bus, as tables, trees, JSON, a page or metrics, live or from a saved state.
+.
+With them comes zunic_demo_bus, which hosts a channel with real processes on it
 as a scenario file says.")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)

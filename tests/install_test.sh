@@ -21,7 +21,7 @@ fail() {
 
 work_from() {
   local prefix=$1 ready line output=$scratch/report
-  exec {ready}< <(exec "$prefix/bin/zunic_demo_bus" --channel "$channel" "$prefix/share/zunic_enquirer/scenarios/small.json")
+  exec {ready}< <(exec "$prefix/bin/zunic_demo_bus" --channel "$channel")
   bus=$!
   read -r -t 60 line <&"$ready" || fail "no demo bus from $prefix"
   exec {ready}<&-
@@ -29,6 +29,9 @@ work_from() {
   "$prefix/bin/zunic_enquirer" -i Clock -t skeleton "$channel" >/dev/null || fail "query from $prefix: status $?"
   "$prefix/bin/zunic_enquirer" -d -o "$output" "$channel" >/dev/null 2>&1 || fail "report from $prefix: status $?"
   grep -q clockd "$output/interfaces_communicators_info.txt" || fail "the report does not know clockd: $line"
+
+  "$prefix/bin/zunic_inspect" wait Clock --timeout 10s -c "$channel" || fail "waiting from $prefix: status $?"
+  "$prefix/bin/zunic_inspect" list --app clockd -c "$channel" | grep -q Clock || fail "listing from $prefix"
 
   # Every one of the platform's libraries came from the prefix.
   LD_TRACE_LOADED_OBJECTS=1 "$prefix/bin/zunic_enquirer" | grep liboxa_ >"$scratch/libraries"
@@ -46,7 +49,7 @@ work_from "$scratch/first"
 mv "$scratch/first" "$scratch/second place"
 work_from "$scratch/second place"
 
-for file in share/man/man1/zunic_{enquirer,demo_bus}.1.gz share/zunic_enquirer/scenario.schema.json \
-  share/bash-completion/completions/zunic_enquirer; do
+for file in share/man/man1/zunic_{enquirer,inspect,demo_bus}.1.gz share/zunic_enquirer/{scenario,bus_state,bus_list}.schema.json \
+  share/bash-completion/completions/zunic_{enquirer,inspect} share/zsh/*/_zunic_inspect; do
   [ -s "$scratch/second place/$file" ] || fail "not installed: $file"
 done

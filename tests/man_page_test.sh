@@ -1,12 +1,13 @@
 #!/usr/bin/env bash
 # Reads the manual pages as a careful user does: formats them, checks them against the programs, and runs the recipes
 # exactly as they are printed.
-# usage: man_page_test.sh SOURCE_DIR TOOL DEMO_BUS
+# usage: man_page_test.sh SOURCE_DIR TOOL INSPECT DEMO_BUS
 set -euo pipefail
 pages=$1/docs/man
 small=$1/demo/scenarios/small.json
 tool=$2
-demo_bus=$3
+inspect=$3
+demo_bus=$4
 scratch=$(mktemp -d)
 bus=
 loop=
@@ -47,7 +48,7 @@ display() {
 }
 
 run_recipe() {
-  [ -s "$1.sh" ] || display zunic_enquirer "recipe: $1" >"$1.sh"
+  [ -s "$1.sh" ] || display "${2:-zunic_enquirer}" "recipe: $1" >"$1.sh"
   [ -s "$1.sh" ] || fail "there is no recipe $1"
   status=0
   sh "$1.sh" >out 2>err || status=$?
@@ -58,6 +59,23 @@ expect() {
   [ $# -lt 2 ] || grep -qF -- "$2" out err || fail "no \"$2\" in: $(cat out err)"
 }
 
+# All that the program says of its options.
+help_of() {
+  local command
+  case $1 in
+  zunic_demo_bus) "$demo_bus" --help ;;
+  zunic_enquirer) "$tool" --help ;;
+  zunic_inspect)
+    "$inspect" --help >commands
+    cat commands
+    sed -n '/^Commands:/,/^$/s/^  \([a-z]*\) .*/\1/p' commands | while read -r command; do
+      "$inspect" "$command" --help | sed '1,/^$/d' # Examples use other programs, too.
+    done
+    ;;
+  *) fail "nobody asks $1 for help" ;;
+  esac
+}
+
 check_format() {
   local page name warnings
   for page in "$pages"/*.1; do
@@ -65,8 +83,7 @@ check_format() {
     [ -z "$warnings" ] || fail "$page: $warnings"
     name=$(basename "$page" .1)
     # Every long option of the help text is on the page.
-    case $name in zunic_demo_bus) "$demo_bus" --help ;; *) "$tool" --help ;; esac | grep -oE -- '--[A-Za-z_]+' |
-      sort -u >options
+    help_of "$name" | grep -oE -- '--[A-Za-z_]+(-[a-z]+)*' | sort -u >options
     [ -s options ] || fail "$name --help shows no options"
     while read -r option; do
       grep -qF -- "$option" formatted || fail "$page does not explain $option"
@@ -76,14 +93,17 @@ check_format() {
 
 # What is printed is what is run: the display of the source and that of the page are the same lines.
 check_displays() {
-  local name line
-  man -l "$pages/zunic_enquirer.1" | sed 's/^ *//' >formatted
-  for name in wait providers graph compare minute; do
-    display zunic_enquirer "recipe: $name" | sed 's/^ *//' >lines
-    [ -s lines ] || fail "there is no recipe $name"
-    while read -r line; do
-      grep -qxF -- "$line" formatted || fail "not printed like this: $line"
-    done <lines
+  local page name line
+  for page in zunic_enquirer zunic_inspect; do
+    man -l "$pages/$page.1" | sed 's/^ *//' >formatted
+    sed -n 's/^\.\\" recipe: //p' "$pages/$page.1" >names
+    [ -s names ] || fail "there are no recipes on $page"
+    while read -r name; do
+      display "$page" "recipe: $name" | sed 's/^ *//' >lines
+      while read -r line; do
+        grep -qxF -- "$line" formatted || fail "not printed like this: $line"
+      done <lines
+    done <names
   done
 }
 
@@ -162,6 +182,43 @@ check_dumping() {
   stop_bus
 }
 
+# A script that starts before the bus does, and one that gives up.
+check_starting() {
+  (sleep 0.5 && exec "$demo_bus" --channel "$channel" "$small" >bus_line) &
+  bus=$!
+  run_recipe startup zunic_inspect
+  expect 0
+  ! grep . out err || fail "the start-up script said something"
+}
+
+# The bus is the small one.
+check_inspecting() {
+  run_recipe users zunic_inspect
+  expect 0 dashboard
+  [ "$(wc -l <out)" -eq 3 ] || fail "not three users of Clock: $(cat out)"
+  run_recipe waiting zunic_inspect
+  expect 0
+  [ "$(cat out)" = "$(printf '%s\n' '5 1' '6 1' '7 1' '9 1' '10 1' '11 1' '70 1')" ] || fail "waiting: $(cat out)"
+  mv bus.json yesterday.json
+  run_recipe yesterday zunic_inspect
+  expect 0
+  ! grep . out || fail "the same bus differs"
+}
+
+# Each hour is over at once: the fifth save takes the place of the first.
+check_saving() {
+  # shellcheck disable=SC2016
+  printf '%s\n' '#!/bin/sh' 'echo "$@" >>slept' '[ "$(wc -l <slept)" -lt 5 ] || kill "$PPID"' >bin/sleep
+  # shellcheck disable=SC2016
+  printf '%s\n' '#!/bin/sh' 'expr $(cat slept | wc -l) % 4' >bin/date
+  chmod +x bin/date
+  : >slept
+  PATH=$PWD/bin:$PATH run_recipe hour zunic_inspect
+  [ "$(ls states)" = "$(printf '%s\n' 0.json 1.json 2.json 3.json)" ] || fail "saved: $(ls states) $(cat err)"
+  "$inspect" list --from states/0.json >out || fail "saved something else"
+  stop_bus
+}
+
 cd "$scratch"
 PATH=$(dirname "$tool"):$PATH
 check_format
@@ -171,3 +228,6 @@ check_waiting
 check_asking
 check_reports
 check_dumping
+check_starting
+check_inspecting
+check_saving

@@ -5,6 +5,7 @@
 #include "inspect/page/page.h"
 #include "inspect/save/save.h"
 #include "inspect/show/show.h"
+#include "inspect/top/top.h"
 #include "inspect/wait/wait.h"
 #include "inspect/watch/watch.h"
 
@@ -14,7 +15,7 @@ namespace Inspect {
 
 namespace {
 
-constexpr std::array cCommands{&cListCommand,  &cShowCommand, &cWaitCommand, &cWatchCommand,
+constexpr std::array cCommands{&cListCommand,  &cShowCommand, &cWaitCommand, &cTopCommand, &cWatchCommand,
                                &cCheckCommand, &cDiffCommand, &cSaveCommand, &cPageCommand};
 
 } // namespace

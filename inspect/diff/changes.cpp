@@ -102,7 +102,9 @@ void Comparison::compareProcess(std::size_t before, std::size_t now)
         tell(cKind, subject, "application", nameToJson(*old.mProcess.mApplication),
              nameToJson(*fresh.mProcess.mApplication));
     }
-    if (old.mProcess.mLiving != fresh.mProcess.mLiving && old.mProcess.mLiving != Living::eUnknown &&
+    // One that was restarted lives: no need to say it.
+    const bool isLivingTold = isSameRun || fresh.mProcess.mLiving == Living::eNo;
+    if (isLivingTold && old.mProcess.mLiving != fresh.mProcess.mLiving && old.mProcess.mLiving != Living::eUnknown &&
         fresh.mProcess.mLiving != Living::eUnknown) {
         tell(cKind, subject, "living", livingWord(old.mProcess.mLiving), livingWord(fresh.mProcess.mLiving));
     }

@@ -15,18 +15,27 @@ struct Side
 {
     Side(const BusState& state, const Processes& processes, const std::vector<std::size_t>& classes,
          std::size_t classCount)
-        : mState(state), mProcesses(processes), mInterfacesOfId(cIds, cNobody), mClassesOfId(cIds), mMembers(classCount)
+        : mState(state), mProcesses(processes), mClasses(classes), mMembers(classCount)
     {
-        for (std::size_t id = 0; id < cIds; ++id) {
-            mClassesOfId[id] = cIsNobody + id;
-        }
-        for (std::size_t i = classes.size(); i-- > 0;) { // Of several with one id, the first counts.
-            mInterfacesOfId[state.mInterfaces[i].mId] = i;
-            mClassesOfId[state.mInterfaces[i].mId] = classes[i];
-        }
         for (std::size_t i = 0; i < classes.size(); ++i) {
+            const std::size_t id = state.mInterfaces[i].mId;
+            mInterfacesOfId.resize(std::max(mInterfacesOfId.size(), id + 1), cNobody);
+            if (mInterfacesOfId[id] == cNobody) { // Of several with one id, the first counts.
+                mInterfacesOfId[id] = i;
+            }
             mMembers[classes[i]].push_back(i);
         }
+    }
+
+    std::size_t interfaceOf(std::size_t id) const
+    {
+        return id < mInterfacesOfId.size() ? mInterfacesOfId[id] : cNobody;
+    }
+
+    std::size_t classOf(std::size_t id) const
+    {
+        const std::size_t interface = interfaceOf(id);
+        return interface == cNobody ? cIsNobody + id : mClasses[interface];
     }
 
     Party party(std::size_t interface) const
@@ -34,14 +43,23 @@ struct Side
         return interface == cNobody ? Party{} : Party{&mState.mInterfaces[interface], mProcesses.ownerOf(interface)};
     }
 
-    static constexpr std::size_t cIds = 65'536;
-
     const BusState& mState;
     const Processes& mProcesses;
+    const std::vector<std::size_t>& mClasses; ///< of the interfaces
     std::vector<std::size_t> mInterfacesOfId;
-    std::vector<std::size_t> mClassesOfId;
     std::vector<std::vector<std::size_t>> mMembers; ///< the interfaces of each class
 };
+
+bool areIdsTheSame(const Side& one, const Side& other)
+{
+    const std::size_t end = std::max(one.mInterfacesOfId.size(), other.mInterfacesOfId.size());
+    for (std::size_t id = 0; id < end; ++id) {
+        if (one.classOf(id) != other.classOf(id)) {
+            return false;
+        }
+    }
+    return true;
+}
 
 struct Link
 {
@@ -56,7 +74,7 @@ std::vector<Link> linksFrom(const Side& side, std::size_t holderClass)
     std::vector<Link> links;
     for (const std::size_t holder : side.mMembers[holderClass]) {
         for (const std::uint16_t receiver : side.mState.mInterfaces[holder].mReceivers) {
-            links.push_back({side.mClassesOfId[receiver], holder, receiver});
+            links.push_back({side.classOf(receiver), holder, receiver});
         }
     }
     std::ranges::stable_sort(links, {}, &Link::mReceiverClass);
@@ -68,7 +86,7 @@ Change changeOf(Sign sign, const Side& side, const Link& link)
     return {.mSign = sign,
             .mKind = ChangeKind::eLink,
             .mSubject = side.party(link.mHolder),
-            .mReceiver = side.party(side.mInterfacesOfId[link.mReceiver]),
+            .mReceiver = side.party(side.interfaceOf(link.mReceiver)),
             .mNumber = link.mReceiver};
 }
 
@@ -97,7 +115,7 @@ void appendLinkChanges(const Matching& matching, std::vector<Change>& changes)
     const std::size_t count = matching.mClassCount;
     const Side before(matching.mBefore, matching.mProcessesBefore, matching.mClassesBefore, count);
     const Side now(matching.mNow, matching.mProcessesNow, matching.mClassesNow, count);
-    const bool areIdsTheSame = before.mClassesOfId == now.mClassesOfId;
+    const bool areSameIds = areIdsTheSame(before, now);
     for (std::size_t i = 0; i < count; ++i) {
         const auto isSame = [&] {
             const auto& members = before.mMembers[i];
@@ -105,7 +123,7 @@ void appendLinkChanges(const Matching& matching, std::vector<Change>& changes)
                    before.mState.mInterfaces[members[0]].mReceivers ==
                        now.mState.mInterfaces[now.mMembers[i][0]].mReceivers;
         };
-        if (!areIdsTheSame || !isSame()) {
+        if (!areSameIds || !isSame()) {
             compareLinksFrom(i, before, now, changes);
         }
     }

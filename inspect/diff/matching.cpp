@@ -65,6 +65,13 @@ std::vector<std::vector<std::size_t>> identitiesByProcess(const Processes& proce
     return lists;
 }
 
+/// What tells several interfaces of one identity from each other.
+auto traitsOf(const Interface& interface)
+{
+    const Oxa::Version& version = interface.mVersion;
+    return std::tuple(version.mMajor, version.mMinor, version.mRevision, interface.mState, interface.mFunctions);
+}
+
 bool areKnownAndDiffer(const auto& one, const auto& other)
 {
     return one && other && *one != *other;
@@ -169,10 +176,19 @@ void Matching::matchInterfaces()
         return std::optional(std::pair(identitiesBefore[i], ownerBefore(i)));
     };
     const auto inProcessNow = [&](std::size_t i) { return std::optional(std::pair(identitiesNow[i], ownerNow(i))); };
+    // Ids mean something as long as nobody gave new ones.
+    const auto idBefore = [&](std::size_t i) {
+        const std::size_t owner = mProcessesBefore.mOwners[i];
+        const std::size_t ownerThen = owner == cNobody ? cNobody : mProcesses.mNowOf[owner];
+        const bool isKept = owner == cNobody || (ownerThen != cNobody && isSameRun(owner, ownerThen));
+        return isKept ? std::optional(std::pair(inProcessBefore(i), mBefore.mInterfaces[i].mId)) : std::nullopt;
+    };
+    pairByKey(mInterfaces, idBefore,
+              [&](std::size_t i) { return std::optional(std::pair(inProcessNow(i), mNow.mInterfaces[i].mId)); });
     pairByKey(
         mInterfaces,
-        [&](std::size_t i) { return std::optional(std::pair(inProcessBefore(i), mBefore.mInterfaces[i].mId)); },
-        [&](std::size_t i) { return std::optional(std::pair(inProcessNow(i), mNow.mInterfaces[i].mId)); });
+        [&](std::size_t i) { return std::optional(std::pair(inProcessBefore(i), traitsOf(mBefore.mInterfaces[i]))); },
+        [&](std::size_t i) { return std::optional(std::pair(inProcessNow(i), traitsOf(mNow.mInterfaces[i]))); });
     pairByKey(mInterfaces, inProcessBefore, inProcessNow);
     const Pairing stayed = mInterfaces;
     pairByKey(

@@ -36,6 +36,7 @@ struct CommunicatorList
         return rows;
     }
 
+    static std::uint32_t key(const Row& row) { return row.mCommunicator.mId; }
     static Json json(const Row& row) { return toJson(row.mCommunicator); }
 };
 

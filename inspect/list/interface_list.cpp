@@ -33,6 +33,7 @@ struct InterfaceList
         return rows;
     }
 
+    static std::uint32_t key(const Row& row) { return row.mInterface.mId; }
     static Json json(const Row& row) { return toJson(row.mInterface); }
 };
 

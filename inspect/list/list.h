@@ -8,6 +8,7 @@
 #include "inspect/table/table.h"
 
 #include <cstdint>
+#include <memory>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -31,6 +32,18 @@ enum class Filters : std::uint8_t
     eAll
 };
 
+/// The rows of a list; the state that they were made of has to outlive them and stay as it is.
+class ListRows
+{
+public:
+    virtual ~ListRows() = default;
+
+    virtual std::size_t size() const = 0;
+    /// What a row's first column shows. Rows are in ascending order of it, those of communicators as they come.
+    virtual std::uint32_t key(std::size_t row) const = 0;
+    virtual Cell cell(std::size_t row, std::size_t column) const = 0;
+};
+
 /// Something that can be listed.
 struct ListKind
 {
@@ -39,6 +52,9 @@ struct ListKind
     std::vector<ColumnHead> (*mColumns)();
     /// eExitNo when nothing fits. Throws UsageMistake, NoChannel, NoState.
     ExitStatus (*mRun)(const ListOptions& options, std::ostream& out);
+    std::unique_ptr<ListRows> (*mRows)(const BusState& state);
+    /// As text, with the columns that are shown always; nothing when nothing fits.
+    std::string (*mTable)(const BusState& state, const InterfaceFilter& filter, const TableLook& look);
 };
 
 extern const ListKind cInterfaceList;

@@ -12,6 +12,7 @@
 //   cColumns                 all of type Column<Row>
 //   cWanted, cWantedForJson  of a state, whatever the columns are
 //   rows(state, filter)      those that fit
+//   key(row)                 see ListRows
 //   json(row)                one of them, as in a saved state
 
 namespace Inspect {
@@ -27,10 +28,31 @@ std::vector<ColumnHead> columnHeads()
     return heads;
 }
 
+template <typename List>
+class ListRowsOf : public ListRows
+{
+public:
+    explicit ListRowsOf(const BusState& state) : mRows(List::rows(state, {})) {}
+
+    std::size_t size() const override { return mRows.size(); }
+    std::uint32_t key(std::size_t row) const override { return List::key(mRows[row]); }
+    Cell cell(std::size_t row, std::size_t column) const override { return List::cColumns[column].mCell(mRows[row]); }
+
+private:
+    std::vector<typename List::Row> mRows;
+};
+
+template <typename List>
+std::unique_ptr<ListRows> listRows(const BusState& state)
+{
+    return std::make_unique<ListRowsOf<List>>(state);
+}
+
 inline Wanted both(const Wanted& one, const Wanted& other)
 {
     return {one.mFunctions || other.mFunctions, one.mProcesses || other.mProcesses,
-            one.mMemoryManagers || other.mMemoryManagers, one.mMessages || other.mMessages};
+            one.mMemoryManagers || other.mMemoryManagers, one.mMessages || other.mMessages,
+            one.mSlotTotals || other.mSlotTotals};
 }
 
 /// What the answer will be made of, and no more.
@@ -99,9 +121,16 @@ ExitStatus runListOf(const ListOptions& options, std::ostream& out)
 }
 
 template <typename List>
+std::string tableOfState(const BusState& state, const InterfaceFilter& filter, const TableLook& look)
+{
+    const auto rows = List::rows(state, filter);
+    return rows.empty() ? "" : tableOf<List>(rows, chooseColumns(columnHeads<List>(), ""), look);
+}
+
+template <typename List>
 constexpr ListKind kindOf(Filters filters)
 {
-    return {List::cWord, filters, columnHeads<List>, runListOf<List>};
+    return {List::cWord, filters, columnHeads<List>, runListOf<List>, listRows<List>, tableOfState<List>};
 }
 
 } // namespace Inspect

@@ -31,6 +31,7 @@ struct MemoryList
         return rows;
     }
 
+    static std::uint32_t key(const Row& row) { return static_cast<std::uint32_t>(row.mIndex); }
     static Json json(const Row& row) { return toJson(row.mFigures); }
 };
 

@@ -35,6 +35,7 @@ struct MessageList
         return rows;
     }
 
+    static std::uint32_t key(const Row& row) { return row.mSlot.mIndex; }
     static Json json(const Row& row) { return toJson(row.mSlot); }
 };
 

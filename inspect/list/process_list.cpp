@@ -27,6 +27,7 @@ struct ProcessList
     static const std::vector<Column<Row>> cColumns;
 
     static std::vector<Row> rows(const BusState& state, const InterfaceFilter& filter);
+    static std::uint32_t key(const Row& row) { return row.mProcessId; }
     static Json json(const Row& row);
 };
 

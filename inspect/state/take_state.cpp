@@ -96,11 +96,14 @@ Slot readSlot(const Channel::MessageSlots& slots, Channel::DataChains& chains, s
     return slot;
 }
 
-void readMessages(oxa_zunic_communication_channel* channel, MessageStorage& messages)
+void readMessages(oxa_zunic_communication_channel* channel, bool areSlotsWanted, MessageStorage& messages)
 {
     const oxa_zunic_message_storage& header = *Channel::messageStorage(channel);
     const Channel::MessageSlots slots(header, Channel::messages(channel));
-    Channel::DataChains chains(slots);
+    std::optional<Channel::DataChains> chains;
+    if (areSlotsWanted) {
+        chains.emplace(slots);
+    }
     messages.mSize = slots.size();
     messages.mReadable = slots.readable();
     messages.mLastWrittenIndex = Channel::loadShared(header.last_written_index);
@@ -110,8 +113,8 @@ void readMessages(oxa_zunic_communication_channel* channel, MessageStorage& mess
     for (std::uint32_t i = 0; i < slots.readable(); ++i) {
         const Channel::SlotHead head = slots.head(i);
         ++totalOf(head.mState, messages.mTotals);
-        if (head.mState != Channel::eSlotStateFree) {
-            messages.mSlots.push_back(readSlot(slots, chains, i, head));
+        if (chains && head.mState != Channel::eSlotStateFree) {
+            messages.mSlots.push_back(readSlot(slots, *chains, i, head));
         }
     }
 }
@@ -216,8 +219,8 @@ BusState takeState(const std::string& channelName, const Wanted& wanted)
     if (wanted.mMemoryManagers) {
         readMemoryManagers(channel.get(), state.mMemoryManagers);
     }
-    if (wanted.mMessages) {
-        readMessages(channel.get(), state.mMessages);
+    if (wanted.mMessages || wanted.mSlotTotals) {
+        readMessages(channel.get(), wanted.mMessages, state.mMessages);
     }
     return state;
 }

@@ -30,8 +30,9 @@ struct Wanted
     bool mProcesses = false;
     bool mMemoryManagers = false;
     bool mMessages = false;
+    bool mSlotTotals = false; ///< of the messages all but the slots
 
-    static constexpr Wanted everything() { return {true, true, true, true}; }
+    static constexpr Wanted everything() { return {true, true, true, true, true}; }
 };
 
 /// Attaches to the channel, takes its state, and detaches. Throws NoChannel.

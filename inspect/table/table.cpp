@@ -68,13 +68,15 @@ char* nextPart(const libscols_column*, char*, void*)
     return nullptr;
 }
 
-/// One that reads like an empty one is told from it.
-std::string textOf(const Cell& cell)
-{
-    return cell.mBytes == cNothing ? "\\x2d" : printable(cell.mBytes, cell.mBlanks);
-}
-
 } // namespace
+
+std::string shownText(const Cell& cell)
+{
+    if (cell.mBytes.empty()) {
+        return cNothing;
+    }
+    return cell.mBytes == cNothing ? "\\x2d" : printable(cell.mBytes, cell.mBlanks); // Told from an empty one.
+}
 
 void Table::Release::operator()(libscols_table* table) const
 {
@@ -99,7 +101,7 @@ Table::Line Table::addLine(const std::vector<Cell>& cells)
 {
     const Line line = checked(scols_table_new_line(mTable.get(), nullptr));
     for (std::size_t column = 0; column < cells.size(); ++column) {
-        fill(line, column, cells[column], cNothing);
+        fill(line, column, cells[column], shownText(cells[column]));
     }
     return line;
 }
@@ -108,14 +110,13 @@ Table::Line Table::addBranch(const std::vector<Cell>& cells, Line parent)
 {
     const Line line = checked(scols_table_new_line(mTable.get(), parent));
     for (std::size_t column = 0; column < cells.size(); ++column) {
-        fill(line, column, cells[column], "");
+        fill(line, column, cells[column], cells[column].mBytes.empty() ? "" : shownText(cells[column]));
     }
     return line;
 }
 
-void Table::fill(Line line, std::size_t column, const Cell& cell, const char* absent)
+void Table::fill(Line line, std::size_t column, const Cell& cell, const std::string& text)
 {
-    const std::string text = cell.mBytes.empty() ? absent : textOf(cell);
     check(scols_line_set_data(line, column, text.c_str()));
     if (cell.mColor != nullptr) {
         check(scols_cell_set_color(checked(scols_line_get_cell(line, column)), cell.mColor));

@@ -36,6 +36,9 @@ struct Cell
     Blanks mBlanks = Blanks::eEscaped;
 };
 
+/// The cell as a table shows it.
+std::string shownText(const Cell& cell);
+
 /// How tables are shown; the command line's choice.
 struct TableLook
 {
@@ -65,7 +68,7 @@ private:
         void operator()(libscols_table* table) const;
     };
 
-    void fill(Line line, std::size_t column, const Cell& cell, const char* absent);
+    void fill(Line line, std::size_t column, const Cell& cell, const std::string& text);
 
     std::unique_ptr<libscols_table, Release> mTable;
 };

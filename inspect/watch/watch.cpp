@@ -63,11 +63,11 @@ public:
 
     void tell(milliseconds time, const Change& change) { write(time, lineOf(change), toJson(change)); }
 
-    /// What is not about two states: "+ channel OXABus: there".
-    void tellOfChannel(const char* sign, const std::string& channel, const std::string& what)
+    /// What is not about two states: "- channel OXABus: gone".
+    void tellOfChannel(milliseconds time, const char* sign, const std::string& channel, const std::string& what)
     {
         const char* const change = *sign == '+' ? "added" : "removed";
-        write(timeNow(), std::string(sign) + " channel " + printable(channel) + ": " + printable(what, Blanks::eKept),
+        write(time, std::string(sign) + " channel " + printable(channel) + ": " + printable(what, Blanks::eKept),
               {{"change", change}, {"kind", "channel"}, {"channel", nameToJson(channel)}, {"what", nameToJson(what)}});
     }
 
@@ -98,10 +98,10 @@ private:
 
 /// Findings that show only over time take two looks that are some time apart: what is on its way through the bus is in
 /// its place by then.
-class Findings
+class AwaitedFindings
 {
 public:
-    explicit Findings(const WatchOptions& options) : mOptions(options) {}
+    explicit AwaitedFindings(const WatchOptions& options) : mOptions(options) {}
 
     /// Those that are waited for.
     std::vector<Finding> look()
@@ -143,7 +143,7 @@ private:
     const WatchOptions& mOptions;
     Teller mTeller;
     BusFollower mFollower;
-    Findings mFindings;
+    AwaitedFindings mFindings;
     bool mWasThere = false;   ///< at any time
     bool mIsThere = false;    ///< when it was looked at last
     std::string mWhyNotThere; ///< as told already
@@ -151,8 +151,8 @@ private:
 
 std::string summaryOf(const BusState& state)
 {
-    return std::to_string(state.mInterfaces.size()) + " interfaces, " + std::to_string(state.mCommunicators.size()) +
-           " communicators";
+    return "interfaces: " + std::to_string(state.mInterfaces.size()) +
+           ", communicators: " + std::to_string(state.mCommunicators.size());
 }
 
 bool Watch::look()
@@ -161,7 +161,7 @@ bool Watch::look()
         const bool isFirst = !mWasThere;
         const bool isAnother = mFollower.look();
         if (!mIsThere) {
-            mTeller.tellOfChannel("+", mOptions.mChannel,
+            mTeller.tellOfChannel(mFollower.now().mTakenAt, "+", mOptions.mChannel,
                                   (isFirst ? "there, " : "back, ") + summaryOf(mFollower.now()));
         }
         mWasThere = mIsThere = true;
@@ -174,7 +174,7 @@ bool Watch::look()
         const std::string why =
             (error.isMissing() ? mWasThere ? "gone, " : "waited for, " : "not usable, ") + std::string(error.what());
         if (why != mWhyNotThere) {
-            mTeller.tellOfChannel("-", mOptions.mChannel, why);
+            mTeller.tellOfChannel(timeNow(), "-", mOptions.mChannel, why);
         }
         mWhyNotThere = why;
         mIsThere = false;

@@ -31,6 +31,7 @@ public:
 
     pid_t processId() const { return mProcess.processId(); }
     bool isRunning() const;
+    void send(int signal) const { mProcess.send(signal); }
 
     /// Once: the exit status when it has ended, or 1000 and the signal that ended it.
     int wait() { return mProcess.wait(); }

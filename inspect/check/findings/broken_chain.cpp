@@ -40,8 +40,8 @@ Faults faultsIn(const std::vector<Slot>& slots)
         const Channel::DataChain& chain = slot.mChain;
         // One that was cut short was not looked at.
         if (chain.mEnd != Channel::ChainEnd::eWhole && chain.mEnd != Channel::ChainEnd::eCut) {
-            faults[slot.mIndex] = chainEndWord(chain.mEnd) + " " + std::to_string(chain.mNextIndex) + " after " +
-                                  std::to_string(chain.mEntries.size()) + " entries";
+            faults[slot.mIndex] = chainEndWord(chain.mEnd) + " " + std::to_string(chain.mNextIndex) +
+                                  ", entries before it: " + std::to_string(chain.mEntries.size());
         }
     }
     addSharedEntries(slots, faults);

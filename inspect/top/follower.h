@@ -1,0 +1,72 @@
+#ifndef INSPECT_TOP_FOLLOWER_H
+#define INSPECT_TOP_FOLLOWER_H
+
+#include "inspect/check/finding.h"
+#include "inspect/state/look_memory.h"
+#include "inspect/state/take_state.h"
+#include "inspect/top/figures.h"
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Inspect {
+
+using SteadyTime = std::chrono::steady_clock::time_point;
+
+/// What the process has spent of the processor.
+std::chrono::nanoseconds processorTime();
+
+/// Looks at a channel again and again, and keeps what its last two looks saw. The channel may go and come back.
+class Follower
+{
+public:
+    explicit Follower(std::string channel) : mChannel(std::move(channel)) {}
+
+    /// Looks for what is wanted, and for what is wrong as often as that costs little: the first time, and then when it
+    /// comes to no more than 0.3 % of a core.
+    void look(const Wanted& wanted);
+
+    /// The last look; null when there was no usable channel.
+    const BusState* now() const { return mNow.mState.get(); }
+    /// The one before; null when there is none of the same channel, or it did not want all that the last one did.
+    const BusState* before() const;
+    /// Why there is nothing to be seen, when `now` is null.
+    const std::string& trouble() const { return mTrouble; }
+
+    /// None until two looks have seen the channel.
+    std::optional<Rate> rate() const { return mRate; }
+    /// Gravest first.
+    const std::vector<Finding>& findings() const { return mFindings; }
+    /// The look that they are of, as BusState tells it.
+    std::chrono::milliseconds checkedAt() const { return mChecked ? mChecked->mTakenAt : std::chrono::milliseconds(0); }
+    /// Whether the last look was for what is wrong, too.
+    bool hasChecked() const { return mChecked != nullptr && mChecked == mNow.mState; }
+
+private:
+    struct Look
+    {
+        std::shared_ptr<const BusState> mState;
+        Wanted mWanted;
+        SteadyTime mTime;
+    };
+
+    void take(const Wanted& wanted);
+    void check(std::chrono::nanoseconds spentBefore);
+
+    std::string mChannel;
+    LookMemory mMemory;
+    Look mNow;
+    Look mBefore;
+    std::string mTrouble;
+    std::optional<Rate> mRate;
+    std::vector<Finding> mFindings;
+    std::shared_ptr<const BusState> mChecked;
+    SteadyTime mNextCheck;
+};
+
+} // namespace Inspect
+
+#endif

@@ -1,0 +1,180 @@
+#include "inspect/check/finding.h"
+#include "support/live_bus.h"
+#include "support/program.h"
+#include "support/text.h"
+
+#include "zunic_hosting/hosted_channel.h"
+
+#include <algorithm>
+#include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+using testing::ContainsRegex;
+using testing::HasSubstr;
+using TestSupport::Program;
+using TestSupport::runProgram;
+using ZunicHosting::HostedChannel;
+
+namespace {
+
+constexpr int cYes = 0;
+constexpr int cNo = 1;
+constexpr int cMistake = 2;
+constexpr int cTimeIsUp = 3;
+constexpr int cNoChannel = 4;
+constexpr int cNoFile = 5;
+
+/// Whether a validator that others wrote accepts each line of the file as a `part` of the schema, or all of it.
+int validate(const std::string& file, const std::string& part)
+{
+    constexpr auto cValidator = R"(import json, sys, jsonschema
+folder, name, part = sys.argv[1:]
+schema = json.load(open(folder + "/bus_diff.schema.json"))
+here = jsonschema.RefResolver("file://" + folder + "/", schema)
+text = open(name).read()
+if part:
+    schema = {"$ref": "bus_diff.schema.json#/$defs/" + part}
+for document in text.splitlines() if part else [text]:
+    jsonschema.Draft202012Validator(schema, resolver=here).validate(json.loads(document)))";
+    const auto result = runProgram({"/usr/bin/python3", "-W", "ignore", "-c", cValidator, DOCS_DIR, file, part});
+    EXPECT_EQ(result.errors, "");
+    return result.status;
+}
+
+std::vector<std::string> inspect(const std::vector<std::string>& words)
+{
+    std::vector<std::string> all{INSPECT_BINARY};
+    all.insert(all.end(), words.begin(), words.end());
+    return all;
+}
+
+TEST(DiffCommand, ComparesFilesAndTheLiveBusAndTellsByItsStatus)
+{
+    const TestSupport::TemporaryDirectory directory;
+    const std::string first = directory / "first.json";
+    const std::string second = directory / "second.json";
+    std::string channel;
+    {
+        const TestSupport::LiveBus bus(SCENARIO_DIR "/small.json");
+        ASSERT_EQ(runProgram(inspect({"save", "-c", bus.channelName(), first})).status, cYes);
+        EXPECT_EQ(runProgram(inspect({"diff", first, "-c", bus.channelName()})).output, "");
+        kill(bus.processes().at("clockd"), SIGKILL);
+        ASSERT_TRUE(TestSupport::waitUntil([&] {
+            return runProgram(inspect({"diff", first, "-c", bus.channelName()})).status == cNo;
+        }));
+        ASSERT_EQ(runProgram(inspect({"save", "-c", bus.channelName(), second})).status, cYes);
+        channel = bus.channelName();
+    }
+    const auto text = runProgram(inspect({"diff", first, second, "--color", "always"}));
+    EXPECT_THAT(text.output, ContainsRegex("^\x1b\\[33m~ process clockd \\([0-9]+\\): living yes -> no\x1b\\[0m\n$"));
+    EXPECT_EQ(text.status, cNo);
+    EXPECT_EQ(runProgram(inspect({"diff", first, second, "--ignore", "link,process"})).status, cYes);
+    const auto json = runProgram(inspect({"diff", "--json", first, second}));
+    TestSupport::writeFile(directory / "diff.json", json.output);
+    EXPECT_EQ(validate(directory / "diff.json", ""), 0);
+    EXPECT_EQ(runProgram(inspect({"diff", first, "-c", channel})).status, cNoChannel);
+    EXPECT_EQ(runProgram(inspect({"diff", first, directory / "none.json"})).status, cNoFile);
+    for (const std::vector<std::string>& mistake :
+         std::vector<std::vector<std::string>>{{"diff"},
+                                               {"diff", "-", "-"},
+                                               {"diff", first, second, "-c", "x"},
+                                               {"diff", first, second, "--ignore", "all"},
+                                               {"watch", "--interval", "0"},
+                                               {"watch", "--until", "no-such-finding"}}) {
+        EXPECT_EQ(runProgram(inspect(mistake)).status, cMistake) << testing::PrintToString(mistake);
+    }
+}
+
+/// A bus with one process, which is the test itself.
+class WatchedBus
+{
+public:
+    explicit WatchedBus(const std::string& channel) : mChannel(HostedChannel::create({.name = channel}))
+    {
+        mChannel.lock().registerCommunicator(static_cast<std::uint32_t>(getpid()), 3);
+        mClock = add("Clock", ZunicHosting::InstanceType::skeleton);
+    }
+
+    std::uint16_t add(const std::string& name, ZunicHosting::InstanceType type)
+    {
+        return mChannel.lock().registerInterface({.interfaceName = name, .type = type, .communicatorId = 3});
+    }
+
+    HostedChannel mChannel;
+    std::uint16_t mClock = 0;
+};
+
+TEST(WatchCommand, TellsWhatHappensAtOnceAndLivesThroughTheChannelGoingAway)
+{
+    const std::string channel = TestSupport::uniqueChannelName();
+    Program watch(inspect({"watch", "-c", channel, "--interval", "10ms", "--json"}));
+    const auto told = [&](const std::string& what) {
+        return TestSupport::waitUntil([&] { return watch.output().find(what) != std::string::npos; });
+    };
+    EXPECT_TRUE(told("waited for"));
+    std::optional<WatchedBus> bus(std::in_place, channel);
+    EXPECT_TRUE(told("\"there, interfaces: 1")) << watch.output();
+    const std::uint16_t stub = bus->add("Clock", ZunicHosting::InstanceType::stub);
+    EXPECT_TRUE(told(R"("change":"added","kind":"interface")"));
+    bus->mChannel.lock().connect(bus->mClock, stub);
+    EXPECT_TRUE(told(R"("change":"added","kind":"link")"));
+    TestSupport::ForkedChild child([] { return pause(); });
+    bus->mChannel.lock().registerCommunicator(static_cast<std::uint32_t>(child.processId()));
+    EXPECT_TRUE(told(R"("change":"added","kind":"process")"));
+    child.send(SIGKILL);
+    EXPECT_TRUE(told(R"("attribute":"living","before":"yes","now":"no")"));
+    bus.reset();
+    EXPECT_TRUE(told("\"gone, "));
+    bus.emplace(channel);
+    EXPECT_TRUE(told("\"back, "));
+    EXPECT_TRUE(told(R"("change":"removed","kind":"link")")) << "what has changed in the meantime";
+    watch.send(SIGINT);
+    const std::string output = watch.output();
+    EXPECT_EQ(watch.wait(), cYes);
+    const TestSupport::TemporaryDirectory directory;
+    TestSupport::writeFile(directory / "lines", output);
+    EXPECT_EQ(validate(directory / "lines", "event"), 0) << output;
+    EXPECT_EQ(TestSupport::countIn(output, "\n"), 11U) << output;
+}
+
+TEST(WatchCommand, EndsWhenItIsTimeAndWhenNobodyReads)
+{
+    const WatchedBus bus(TestSupport::uniqueChannelName());
+    const std::string& channel = bus.mChannel.name();
+    const auto timed = runProgram(inspect({"watch", "-c", channel, "--for", "100ms"}));
+    EXPECT_EQ(timed.status, cYes);
+    EXPECT_THAT(timed.output, ContainsRegex("^[-0-9]+T[0-9:.]+Z \\+ channel .*: there, [^\n]*\n$"));
+    const auto unread =
+        runProgram({"/bin/bash", "-c", "\"$0\" watch -c \"$1\" | head -n 1 >/dev/null; exit ${PIPESTATUS[0]}",
+                    INSPECT_BINARY, channel});
+    EXPECT_EQ(unread.status, cYes) << "though nothing has happened that it could have failed to write";
+    EXPECT_EQ(unread.errors, "");
+    Program stopped(inspect({"watch", "-c", channel, "--interval", "1h"}));
+    EXPECT_TRUE(TestSupport::waitUntil([&] { return !stopped.output().empty(); }));
+    stopped.send(SIGTERM);
+    EXPECT_EQ(stopped.wait(), cYes);
+}
+
+TEST(WatchCommand, WaitsForAFinding)
+{
+    if (Inspect::findingKinds().empty()) {
+        GTEST_SKIP() << "there are no findings";
+    }
+    WatchedBus bus(TestSupport::uniqueChannelName());
+    const auto words = [&](const std::string& time) {
+        return inspect(
+            {"watch", "-c", bus.mChannel.name(), "--until", "dead-process", "--interval", "10ms", "--for", time});
+    };
+    const auto inVain = runProgram(words("100ms"));
+    EXPECT_EQ(inVain.status, cTimeIsUp);
+    EXPECT_THAT(inVain.errors, HasSubstr("time is up"));
+    TestSupport::ForkedChild child([] { return pause(); });
+    bus.mChannel.lock().registerCommunicator(static_cast<std::uint32_t>(child.processId()));
+    Program watch(words("50s"));
+    EXPECT_TRUE(TestSupport::waitUntil([&] { return !watch.output().empty(); }));
+    child.send(SIGKILL);
+    EXPECT_EQ(watch.wait(), cYes);
+}
+
+} // namespace
