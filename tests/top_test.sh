@@ -125,7 +125,7 @@ for ((i = 0; i < 600; ++i)); do
   ! grep -q ') [^ZX] ' "$logger" 2>/dev/null || sleep 0.05
 done
 keys 1
-sees -e $'*\e[1m*dead 2*'
+sees -e $'*\e\\[1m*dead 2*'
 keys d
 type_line 200ms
 sees '*every *00ms*'

@@ -4,9 +4,9 @@
 #include "inspect/top/details.h"
 #include "inspect/top/follower.h"
 #include "inspect/top/head.h"
+#include "inspect/top/help.h"
 #include "inspect/top/painting.h"
 #include "inspect/top/screen.h"
-#include "inspect/top/text_fit.h"
 
 #include <algorithm>
 #include <array>
@@ -45,27 +45,6 @@ constexpr std::array<Page, 4> cPages{{
     {&cMemoryList, {.mMemoryManagers = true}, {}},
     {&cMessageList, {.mMessages = true}, {}},
 }};
-
-const std::vector<std::string> cKeyHelp{
-    "1 2 3 4    processes, interfaces, memory, messages",
-    "arrows     another line; other columns",
-    "PgUp PgDn  a screen up or down",
-    "Home End   first line, last line",
-    "s > <      sort by the next column, the one before",
-    "r          reverse the order",
-    "/          only lines with this text",
-    "Enter      all about the chosen line",
-    "Esc        close that; show all lines",
-    "p space    pause, and go on",
-    "+ - d      look less often, more often; type it",
-    "h ?        this help",
-    "q          quit",
-    "",
-    "What changed since the look before is bold.",
-    "The column with + or - sorts the lines.",
-    "\"at least\": the bus's counter of messages may",
-    "have wrapped once more between two looks.",
-};
 
 enum class Sheet : std::uint8_t
 {
@@ -335,7 +314,7 @@ private:
     void paintSheet(const Area& area)
     {
         if (mSheet == Sheet::eHelp) {
-            paintLines(mScreen, area, helpLines(), mScrolled);
+            paintLines(mScreen, area, helpLines(view()), mScrolled);
         } else if (mSheet == Sheet::eDetails) {
             paintLines(mScreen, area, openedLines(), mScrolled);
         } else if (mFollower.now() != nullptr) {
@@ -349,16 +328,6 @@ private:
             return {"It is no longer there."};
         }
         return detailLines(view(), *mFollower.now(), mScreen.width());
-    }
-
-    std::vector<std::string> helpLines()
-    {
-        std::vector<std::string> lines = cKeyHelp;
-        lines.insert(lines.end(), {"", std::string("Columns of ") + view().kind().mWord + ":"});
-        for (const ColumnHead& column : view().columns()) {
-            lines.push_back(fitted(column.mName, 14) + column.mMeaning);
-        }
-        return lines;
     }
 
     std::string lastLine()
