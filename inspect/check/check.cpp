@@ -1,9 +1,13 @@
 #include "inspect/check/check.h"
 
+#include "inspect/contract/contract.h"
 #include "inspect/json/json_rows.h"
 #include "inspect/table/cells.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fstream>
 
 namespace Inspect {
 
@@ -57,6 +61,8 @@ Json toJson(const Finding& finding)
     Json about{{"kind", subjectWord(subject.mKind)}};
     if (subject.mKind != SubjectKind::eBus) {
         about["id"] = subject.mId;
+    }
+    if (subject.mKind != SubjectKind::eBus || !subject.mName.empty()) {
         about["name"] = nameToJson(subject.mName);
     }
     return {{"code", finding.mCode},
@@ -75,12 +81,45 @@ void writeJson(const std::vector<Finding>& findings, std::ostream& out)
     rows.end();
 }
 
+Contract readContractFile(const std::string& file)
+{
+    std::ifstream in(file, std::ios::binary);
+    if (!in.is_open()) {
+        throw NoState(file + ": " + std::strerror(errno));
+    }
+    try {
+        return readContract(in);
+    } catch (const NoState& error) {
+        throw NoState(file + ": " + error.what());
+    }
+}
+
+/// With a contract, a stub without a provider is no matter of taste any more.
+void addBreaches(const Contract& contract, const BusState& state, std::vector<Finding>& findings)
+{
+    for (Finding& finding : findings) {
+        if (finding.mCode == std::string_view("no-provider")) {
+            finding.mSeverity = Severity::eError;
+        }
+    }
+    const std::vector<Finding> breaches = compareWithContract(contract, state);
+    findings.insert(findings.begin(), breaches.begin(), breaches.end());
+    std::ranges::stable_sort(findings, std::ranges::greater(), &Finding::mSeverity);
+}
+
 } // namespace
 
 ExitStatus runCheck(const CheckOptions& options, std::ostream& out)
 {
+    std::optional<Contract> contract;
+    if (!options.mContract.empty()) {
+        contract = readContractFile(options.mContract);
+    }
     const std::vector<BusState> looks = takeLooks(options.mSource);
     std::vector<Finding> findings = findAll(looks.back(), looks.size() > 1 ? &looks.front() : nullptr);
+    if (contract) {
+        addBreaches(*contract, looks.back(), findings);
+    }
     std::erase_if(findings, [&](const Finding& finding) {
         return std::ranges::find(options.mIgnored, finding.mCode) != options.mIgnored.end();
     });
@@ -98,9 +137,13 @@ ExitStatus runCheck(const CheckOptions& options, std::ostream& out)
 
 const FindingKind* findingKind(const std::string& code)
 {
-    const auto kinds = findingKinds();
-    const auto found = std::ranges::find(kinds, code, &FindingKind::mCode);
-    return found == kinds.end() ? nullptr : &*found;
+    for (const auto kinds : {findingKinds(), contractKinds()}) {
+        const auto found = std::ranges::find(kinds, code, &FindingKind::mCode);
+        if (found != kinds.end()) {
+            return &*found;
+        }
+    }
+    return nullptr;
 }
 
 void explain(const FindingKind& kind, std::ostream& out)

@@ -17,6 +17,7 @@ struct CheckOptions
     LookSource mSource;
     Severity mFailOn = Severity::eError;
     std::vector<std::string> mIgnored; ///< codes
+    std::string mContract;             ///< a file; empty: none
     bool mJson = false;
     TableLook mLook;
 };

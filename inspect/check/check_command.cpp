@@ -1,5 +1,6 @@
 #include "inspect/check/check.h"
 #include "inspect/command_line/options.h"
+#include "inspect/contract/contract.h"
 
 #include <memory>
 
@@ -16,10 +17,12 @@ struct CheckCommandLine
 std::string codesHelp()
 {
     std::string text = "Codes, each with the gravest severity that it can have:";
-    for (const FindingKind& kind : findingKinds()) {
-        std::string code = kind.mCode;
-        code.resize(20, ' ');
-        text += "\n  " + code + severityWord(kind.mSeverity);
+    for (const auto kinds : {findingKinds(), contractKinds()}) {
+        for (const FindingKind& kind : kinds) {
+            std::string code = kind.mCode;
+            code.resize(22, ' ');
+            text += "\n  " + code + severityWord(kind.mSeverity);
+        }
     }
     return text;
 }
@@ -71,6 +74,9 @@ Run addCheckOptions(CLI::App& part)
         ->type_name("CODE")
         ->expected(1)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    part.add_option("--expect", options.mContract, "Hold the bus against this contract, too (see save --as-contract)")
+        ->type_name("FILE")
+        ->check([](const std::string& file) { return file.empty() ? "expected the name of a file" : ""; }, "");
     part.add_option("--explain", line->mExplained, "Tell what a finding means, and do not look at all")
         ->type_name("CODE");
     addLookOptions(part, options.mLook);
@@ -83,6 +89,7 @@ Run addCheckOptions(CLI::App& part)
 const Command cCheckCommand{"check", "Tell what is wrong with a bus",
                             "  zunic_inspect check                            two looks, two seconds apart\n"
                             "  zunic_inspect check --fail-on warning --again 0 one look, strict, for a build\n"
+                            "  zunic_inspect check --expect contract.json      what has to be there, too\n"
                             "  zunic_inspect check --from a.json --from b.json two saved states, the older one first\n"
                             "  zunic_inspect check --explain stuck-slot        what that means\n",
                             addCheckOptions};

@@ -1,4 +1,5 @@
 #include "inspect/command_line/options.h"
+#include "inspect/contract/contract.h"
 #include "inspect/file/whole_file.h"
 #include "inspect/json/state_json.h"
 #include "inspect/save/save.h"
@@ -14,15 +15,19 @@ struct SaveOptions
 {
     std::string mChannel = "OXABus";
     std::string mFile; ///< "-": standard output
+    bool mAsContract = false;
 };
 
 ExitStatus runSave(const SaveOptions& options, std::ostream& out)
 {
     const BusState state = takeState(options.mChannel, Wanted::everything());
+    const auto write = [&](std::ostream& file) {
+        options.mAsContract ? writeContract(file, state) : writeState(file, state);
+    };
     if (options.mFile == "-") {
-        writeState(out, state);
+        write(out);
     } else {
-        writeWholeFile(options.mFile, cOwnerOnly, [&](std::ostream& file) { writeState(file, state); });
+        writeWholeFile(options.mFile, cOwnerOnly, write);
     }
     return eExitYes;
 }
@@ -35,6 +40,8 @@ Run addSaveOptions(CLI::App& part)
         ->type_name("FILE")
         ->multi_option_policy(CLI::MultiOptionPolicy::Throw);
     addChannelOption(part, options->mChannel);
+    part.add_flag("--as-contract", options->mAsContract,
+                  "Write a contract in place of the state, for check --expect: what is there now is expected");
     part.footer("The file is replaced in one move when all of it is written, and only its owner may read it.");
     return [options](std::ostream& out) { return runSave(*options, out); };
 }

@@ -1,0 +1,17 @@
+#ifndef INSPECT_JSON_READ_JSON_H
+#define INSPECT_JSON_READ_JSON_H
+
+#include "inspect/json/json_place.h"
+
+#include <functional>
+#include <istream>
+
+namespace Inspect {
+
+/// Lets `read` read a JSON document that somebody may have damaged or made up: too deep nesting, too much text, what is
+/// no JSON, and what `read` does not find as it expects throw NoState, with line and place.
+void readJson(std::istream& in, const std::function<void(const JsonPlace& document)>& read);
+
+} // namespace Inspect
+
+#endif
