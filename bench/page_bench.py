@@ -1,9 +1,8 @@
 #!/usr/bin/python3
 """Measures the page of zunic_inspect on a full bus, in headless Chromium and by its clock, and prints one table.
 
-usage: page_bench.py ZUNIC_INSPECT DEMO_BUS SCENARIO_DIR
+usage: page_bench.py FULL_BUS ZUNIC_INSPECT
 """
-import json
 import os
 import statistics
 import subprocess
@@ -14,7 +13,8 @@ import time
 from selenium import webdriver
 from selenium.webdriver.chrome.service import Service
 
-INSPECT, DEMO_BUS, SCENARIO_DIR = sys.argv[1:4]
+FULL_BUS, INSPECT = sys.argv[1:3]
+LINKS, SLOTS = "16", "65536"
 
 # When the rows of the table have been drawn.
 NOTE_ROWS = """
@@ -64,21 +64,6 @@ const act = {
 """
 
 
-def full_scenario():
-    """The scenario "full", with sixteen times its messages."""
-    with open(f"{SCENARIO_DIR}/full.json") as file:
-        scenario = json.load(file)
-    del scenario["$schema"]
-    scenario["messageSlots"] *= 16
-    # Twice the blocks that external data may lie in: a memory manager has 2,048 at most.
-    scenario["memoryManagers"][2]["maximumBlocks"] = 2048
-    scenario["memoryManagers"].append(scenario["memoryManagers"][2])
-    messages = scenario["messages"]
-    others = [{**message, "external": 4} if "external" in message else message for message in messages]
-    scenario["messages"] = 8 * (messages + others)
-    return scenario
-
-
 def print_row(what, value, unit, bound=""):
     print(f"{what:<46} {value:>10.2f} {unit:<4} {bound}")
 
@@ -99,17 +84,11 @@ def median_time(command, rounds=15):
 
 def measure_writing(folder):
     """Hosts the bus, and leaves its page behind."""
-    channel = f"page_bench.{os.getpid()}"
-    with open(f"{folder}/full.json", "w") as file:
-        json.dump(full_scenario(), file)
-    bus = subprocess.Popen([DEMO_BUS, "--channel", channel, f"{folder}/full.json"], stdout=subprocess.PIPE)
-    try:
-        print(bus.stdout.readline().decode().split(":")[1].split("(")[0].strip())
+    with subprocess.Popen([FULL_BUS, LINKS, SLOTS], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True) as bus:
+        channel = bus.stdout.readline().strip()
         page = median_time([INSPECT, "page", f"{folder}/full.html", "--channel", channel])
         save = median_time([INSPECT, "save", f"{folder}/full.state.json", "--channel", channel])
-    finally:
-        bus.terminate()
-        bus.communicate()
+        bus.stdin.close()
     print_row("writing the page", page, "ms")
     print_row("  over save", page / save, "", "at most 1.5")
     print_row("size", os.path.getsize(f"{folder}/full.html") / 1e6, "MB", "at most 8")
@@ -147,8 +126,9 @@ def measure_browsing(browser, page):
     print_times("a letter, interfaces", times(letters("zone12 consumer")), "at most 50")
     print_times("choosing an interface", times([("go", f"view=interfaces&at=interface:{i}") for i in range(0, 1024, 20)]),
                 "at most 50")
-    pids = browser.execute_script("return Bus.processes.map(process => process.pid)")
-    print_times("choosing a process", times([("go", f"view=processes&at=process:{pid}") for pid in pids[::8]]), "at most 50")
+    pid = browser.execute_script("return Bus.processes[0].pid")
+    print_times("choosing the process of all", times([("go", "view=processes"), ("go", f"view=processes&at=process:{pid}")] * 10)[1::2],
+                "")
     print_times("opening the messages", times([("go", "view=messages"), ("go", "view=interfaces")] * 5)[::2], "")
     browser.execute_script("location.hash = 'view=messages'")
     print_times("a letter, messages", times(letters("zone12 consumer")), "at most 50")
