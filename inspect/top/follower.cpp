@@ -13,6 +13,9 @@ using Clock = std::chrono::steady_clock;
 /// A check may begin so many times what it cost after the one before.
 constexpr int cCheckPause = 500;
 
+/// Messages are counted for so long at least: in less, some more or less would be another rate.
+constexpr std::chrono::milliseconds cShortestCount{450};
+
 bool covers(const Wanted& all, const Wanted& part)
 {
     return (all.mFunctions || !part.mFunctions) && (all.mProcesses || !part.mProcesses) &&
@@ -33,19 +36,17 @@ void Follower::look(const Wanted& wanted)
     const bool isCheckDue = mNow.mState == nullptr || Clock::now() >= mNextCheck;
     const nanoseconds spentBefore = processorTime();
     mBefore = std::exchange(mNow, {});
-    mRate.reset();
     try {
         take(isCheckDue ? Wanted::everything() : wanted);
         mNow.mWanted = wanted;
     } catch (const NoChannel& error) {
         mTrouble = error.what();
         mChecked = nullptr;
+        mCounted.reset();
+        mRate.reset();
         return;
     }
-    if (mBefore.mState) {
-        mRate = messageRate(mBefore.mState->mMessages.mWriterCounter, mNow.mState->mMessages.mWriterCounter,
-                            mNow.mTime - mBefore.mTime);
-    }
+    count();
     if (isCheckDue) {
         check(spentBefore);
     }
@@ -60,7 +61,17 @@ void Follower::take(const Wanted& wanted)
 {
     mMemory.beginAnew();
     mNow.mState = std::make_shared<const BusState>(takeState(mChannel, wanted));
-    mNow.mTime = Clock::now();
+}
+
+void Follower::count()
+{
+    const Count now{mNow.mState->mMessages.mWriterCounter, Clock::now()};
+    if (!mCounted) {
+        mCounted = now;
+    } else if (now.mTime - mCounted->mTime >= cShortestCount) {
+        mRate = messageRate(mCounted->mCounter, now.mCounter, now.mTime - mCounted->mTime);
+        mCounted = now;
+    }
 }
 
 void Follower::check(nanoseconds spentBefore)

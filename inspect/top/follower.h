@@ -36,7 +36,7 @@ public:
     /// Why there is nothing to be seen, when `now` is null.
     const std::string& trouble() const { return mTrouble; }
 
-    /// None until two looks have seen the channel.
+    /// None until looks have seen the channel for a while.
     std::optional<Rate> rate() const { return mRate; }
     /// Gravest first.
     const std::vector<Finding>& findings() const { return mFindings; }
@@ -50,10 +50,16 @@ private:
     {
         std::shared_ptr<const BusState> mState;
         Wanted mWanted;
+    };
+
+    struct Count
+    {
+        std::uint16_t mCounter;
         SteadyTime mTime;
     };
 
     void take(const Wanted& wanted);
+    void count();
     void check(std::chrono::nanoseconds spentBefore);
 
     std::string mChannel;
@@ -61,6 +67,7 @@ private:
     Look mNow;
     Look mBefore;
     std::string mTrouble;
+    std::optional<Count> mCounted;
     std::optional<Rate> mRate;
     std::vector<Finding> mFindings;
     std::shared_ptr<const BusState> mChecked;

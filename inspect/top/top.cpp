@@ -116,6 +116,7 @@ private:
         mFollower.look(both(cAlwaysWanted, ofPage));
         if (mFollower.now() == nullptr) {
             view().clear();
+            mLookedAt = Clock::now(); // It may have waited for the mutex: there shall be time for keys.
         } else {
             view().show(*mFollower.now(), mFollower.before());
         }
@@ -229,6 +230,7 @@ private:
     {
         view().clear(); // The states that it shows are not kept for it.
         mPage = page;
+        painter().forgetWidths();
         mSheet = Sheet::eTable;
         mIsLookDue = true; // What was seen before may lack what is to be shown now.
     }
