@@ -1,4 +1,3 @@
-#include "inspect/check/finding.h"
 #include "support/live_bus.h"
 #include "support/program.h"
 #include "support/text.h"
@@ -158,9 +157,6 @@ TEST(WatchCommand, EndsWhenItIsTimeAndWhenNobodyReads)
 
 TEST(WatchCommand, WaitsForAFinding)
 {
-    if (Inspect::findingKinds().empty()) {
-        GTEST_SKIP() << "there are no findings";
-    }
     WatchedBus bus(TestSupport::uniqueChannelName());
     const auto words = [&](const std::string& time) {
         return inspect(
@@ -171,10 +167,16 @@ TEST(WatchCommand, WaitsForAFinding)
     EXPECT_THAT(inVain.errors, HasSubstr("time is up"));
     TestSupport::ForkedChild child([] { return pause(); });
     bus.mChannel.lock().registerCommunicator(static_cast<std::uint32_t>(child.processId()));
-    Program watch(words("50s"));
+    std::vector<std::string> inJson = words("50s");
+    inJson.emplace_back("--json");
+    Program watch(inJson);
     EXPECT_TRUE(TestSupport::waitUntil([&] { return !watch.output().empty(); }));
     child.send(SIGKILL);
     EXPECT_EQ(watch.wait(), cYes);
+    const TestSupport::TemporaryDirectory directory;
+    TestSupport::writeFile(directory / "lines", watch.output());
+    EXPECT_EQ(validate(directory / "lines", "event"), 0);
+    EXPECT_THAT(watch.output(), HasSubstr(R"("kind":"finding","code":"dead-process")"));
 }
 
 } // namespace

@@ -51,6 +51,17 @@ std::string tableOf(const std::vector<Finding>& findings, const TableLook& look)
     return table.text();
 }
 
+void writeJson(const std::vector<Finding>& findings, std::ostream& out)
+{
+    JsonRows rows(out, cCheckSchema, "findings");
+    for (const Finding& finding : findings) {
+        rows.add(toJson(finding));
+    }
+    rows.end();
+}
+
+} // namespace
+
 Json toJson(const Finding& finding)
 {
     const Subject& subject = finding.mSubject;
@@ -65,17 +76,6 @@ Json toJson(const Finding& finding)
             {"evidence", nameToJson(finding.mEvidence)},
             {"look_at", finding.mAdvice}};
 }
-
-void writeJson(const std::vector<Finding>& findings, std::ostream& out)
-{
-    JsonRows rows(out, cCheckSchema, "findings");
-    for (const Finding& finding : findings) {
-        rows.add(toJson(finding));
-    }
-    rows.end();
-}
-
-} // namespace
 
 ExitStatus runCheck(const CheckOptions& options, std::ostream& out)
 {
