@@ -3,6 +3,7 @@
 #include "inspect/json/state_json.h"
 #include "inspect/state/take_state.h"
 #include "support/churning_bus.h"
+#include "support/json_schema.h"
 #include "support/live_bus.h"
 #include "support/soak.h"
 
@@ -250,15 +251,6 @@ TEST(Check, InventsNothingOnABusThatChurns)
     TestSupport::figures() << looks << " looks, each with a second one\n";
 }
 
-/// What a validator that others wrote says against the file; nothing when it accepts it.
-std::string invalidity(const std::string& schema, const std::string& file)
-{
-    constexpr auto cValidator = R"(import json, sys, jsonschema
-schema, document = (json.load(open(name)) for name in sys.argv[1:])
-jsonschema.Draft202012Validator(schema).validate(document))";
-    return TestSupport::runProgram({"/usr/bin/python3", "-c", cValidator, DOCS_DIR "/" + schema, file}).errors;
-}
-
 TestSupport::ProgramResult check(std::vector<std::string> words)
 {
     words.insert(words.begin(), {INSPECT_BINARY, "check"});
@@ -296,7 +288,7 @@ TEST(Check, AnswersByStatusTableAndJson)
     }
 
     TestSupport::writeFile(directory / "told.json", check({"--from", file, "--from", file, "--json"}).output);
-    EXPECT_EQ(invalidity("bus_check.schema.json", directory / "told.json"), "");
+    EXPECT_EQ(TestSupport::invalidity("bus_check.schema.json", directory / "told.json"), "");
     EXPECT_THAT(TestSupport::readFile(directory / "told.json"), HasSubstr(R"("Evil\n\u001b[2J")"));
 }
 
@@ -345,7 +337,7 @@ TEST(Contract, OfABusIsKeptByItAndBrokenByAnother)
     const auto saved =
         TestSupport::runProgram({INSPECT_BINARY, "save", "--as-contract", contract, "-c", bus.channelName()});
     ASSERT_EQ(saved.status, 0) << saved.errors;
-    EXPECT_EQ(invalidity("bus_contract.schema.json", contract), "");
+    EXPECT_EQ(TestSupport::invalidity("bus_contract.schema.json", contract), "");
     EXPECT_EQ(check({"--expect", contract, "--again", "0", "-c", bus.channelName()}).errors,
               "zunic_inspect: no findings\n");
     const TestSupport::LiveBus other(SCENARIO_DIR "/small.json");

@@ -1,4 +1,5 @@
 #include "support/churning_bus.h"
+#include "support/json_schema.h"
 #include "support/live_bus.h"
 
 #include "zunic_hosting/channel_format.h"
@@ -46,16 +47,6 @@ ProgramResult inspect(std::vector<std::string> arguments)
 ProgramResult inspectInShell(const std::string& line, const std::string& channel)
 {
     return runProgram({"/bin/sh", "-c", line, INSPECT_BINARY, channel});
-}
-
-/// What a validator that others wrote says against the file; nothing when it accepts it.
-std::string invalidity(const std::string& schema, const std::string& file)
-{
-    constexpr auto cValidator = R"(import json, sys, jsonschema
-schema, document = (json.load(open(name)) for name in sys.argv[1:])
-jsonschema.Draft202012Validator(schema).validate(document))";
-    const std::string path = DOCS_DIR "/" + schema;
-    return runProgram({"/usr/bin/python3", "-c", cValidator, path, file}).errors;
 }
 
 /// One line that says no, in words, and nothing else.

@@ -1,4 +1,4 @@
-#include "inspect/check/finding.h"
+#include "support/json_schema.h"
 #include "support/live_bus.h"
 #include "support/program.h"
 #include "support/text.h"
@@ -24,23 +24,6 @@ constexpr int cMistake = 2;
 constexpr int cTimeIsUp = 3;
 constexpr int cNoChannel = 4;
 constexpr int cNoFile = 5;
-
-/// Whether a validator that others wrote accepts each line of the file as a `part` of the schema, or all of it.
-int validate(const std::string& file, const std::string& part)
-{
-    constexpr auto cValidator = R"(import json, sys, jsonschema
-folder, name, part = sys.argv[1:]
-schema = json.load(open(folder + "/bus_diff.schema.json"))
-here = jsonschema.RefResolver("file://" + folder + "/", schema)
-text = open(name).read()
-if part:
-    schema = {"$ref": "bus_diff.schema.json#/$defs/" + part}
-for document in text.splitlines() if part else [text]:
-    jsonschema.Draft202012Validator(schema, resolver=here).validate(json.loads(document)))";
-    const auto result = runProgram({"/usr/bin/python3", "-W", "ignore", "-c", cValidator, DOCS_DIR, file, part});
-    EXPECT_EQ(result.errors, "");
-    return result.status;
-}
 
 std::vector<std::string> inspect(const std::vector<std::string>& words)
 {
@@ -72,7 +55,7 @@ TEST(DiffCommand, ComparesFilesAndTheLiveBusAndTellsByItsStatus)
     EXPECT_EQ(runProgram(inspect({"diff", first, second, "--ignore", "link,process"})).status, cYes);
     const auto json = runProgram(inspect({"diff", "--json", first, second}));
     TestSupport::writeFile(directory / "diff.json", json.output);
-    EXPECT_EQ(validate(directory / "diff.json", ""), 0);
+    EXPECT_EQ(TestSupport::invalidity("bus_diff.schema.json", directory / "diff.json"), "");
     EXPECT_EQ(runProgram(inspect({"diff", first, "-c", channel})).status, cNoChannel);
     EXPECT_EQ(runProgram(inspect({"diff", first, directory / "none.json"})).status, cNoFile);
     for (const std::vector<std::string>& mistake :
@@ -134,7 +117,7 @@ TEST(WatchCommand, TellsWhatHappensAtOnceAndLivesThroughTheChannelGoingAway)
     EXPECT_EQ(watch.wait(), cYes);
     const TestSupport::TemporaryDirectory directory;
     TestSupport::writeFile(directory / "lines", output);
-    EXPECT_EQ(validate(directory / "lines", "event"), 0) << output;
+    EXPECT_EQ(TestSupport::invalidity("bus_diff.schema.json", directory / "lines", "event"), "") << output;
     EXPECT_EQ(TestSupport::countIn(output, "\n"), 11U) << output;
 }
 
@@ -158,9 +141,6 @@ TEST(WatchCommand, EndsWhenItIsTimeAndWhenNobodyReads)
 
 TEST(WatchCommand, WaitsForAFinding)
 {
-    if (Inspect::findingKinds().empty()) {
-        GTEST_SKIP() << "there are no findings";
-    }
     WatchedBus bus(TestSupport::uniqueChannelName());
     const auto words = [&](const std::string& time) {
         return inspect(
@@ -171,10 +151,16 @@ TEST(WatchCommand, WaitsForAFinding)
     EXPECT_THAT(inVain.errors, HasSubstr("time is up"));
     TestSupport::ForkedChild child([] { return pause(); });
     bus.mChannel.lock().registerCommunicator(static_cast<std::uint32_t>(child.processId()));
-    Program watch(words("50s"));
+    std::vector<std::string> inJson = words("50s");
+    inJson.emplace_back("--json");
+    Program watch(inJson);
     EXPECT_TRUE(TestSupport::waitUntil([&] { return !watch.output().empty(); }));
     child.send(SIGKILL);
     EXPECT_EQ(watch.wait(), cYes);
+    const TestSupport::TemporaryDirectory directory;
+    TestSupport::writeFile(directory / "lines", watch.output());
+    EXPECT_EQ(TestSupport::invalidity("bus_diff.schema.json", directory / "lines", "event"), "");
+    EXPECT_THAT(watch.output(), HasSubstr(R"("kind":"finding","code":"dead-process")"));
 }
 
 } // namespace

@@ -55,23 +55,6 @@ std::string tableOf(const std::vector<Finding>& findings, const TableLook& look)
     return table.text();
 }
 
-Json toJson(const Finding& finding)
-{
-    const Subject& subject = finding.mSubject;
-    Json about{{"kind", subjectWord(subject.mKind)}};
-    if (subject.mKind != SubjectKind::eBus) {
-        about["id"] = subject.mId;
-    }
-    if (subject.mKind != SubjectKind::eBus || !subject.mName.empty()) {
-        about["name"] = nameToJson(subject.mName);
-    }
-    return {{"code", finding.mCode},
-            {"severity", severityWord(finding.mSeverity)},
-            {"about", std::move(about)},
-            {"evidence", nameToJson(finding.mEvidence)},
-            {"look_at", finding.mAdvice}};
-}
-
 void writeJson(const std::vector<Finding>& findings, std::ostream& out)
 {
     JsonRows rows(out, cCheckSchema, "findings");
@@ -108,6 +91,23 @@ void addBreaches(const Contract& contract, const BusState& state, std::vector<Fi
 }
 
 } // namespace
+
+Json toJson(const Finding& finding)
+{
+    const Subject& subject = finding.mSubject;
+    Json about{{"kind", subjectWord(subject.mKind)}};
+    if (subject.mKind != SubjectKind::eBus) {
+        about["id"] = subject.mId;
+    }
+    if (subject.mKind != SubjectKind::eBus || !subject.mName.empty()) {
+        about["name"] = nameToJson(subject.mName);
+    }
+    return {{"code", finding.mCode},
+            {"severity", severityWord(finding.mSeverity)},
+            {"about", std::move(about)},
+            {"evidence", nameToJson(finding.mEvidence)},
+            {"look_at", finding.mAdvice}};
+}
 
 ExitStatus runCheck(const CheckOptions& options, std::ostream& out)
 {

@@ -3,6 +3,7 @@
 
 #include "inspect/check/finding.h"
 #include "inspect/command_line/command.h"
+#include "inspect/json/state_json.h"
 #include "inspect/source/looks.h"
 #include "inspect/table/table.h"
 
@@ -36,6 +37,8 @@ const char* severityWord(Severity severity);
 
 /// "interface", "process", ... ; "bus".
 const char* subjectWord(SubjectKind kind);
+
+Json toJson(const Finding& finding);
 
 extern const Command cCheckCommand;
 

@@ -1,6 +1,6 @@
 #include "inspect/watch/watch.h"
 
-#include "inspect/check/finding.h"
+#include "inspect/check/check.h"
 #include "inspect/diff/wording.h"
 #include "inspect/state/bus_follower.h"
 #include "inspect/state/take_state.h"
@@ -73,15 +73,18 @@ public:
 
     void tellFinding(milliseconds time, const Finding& finding)
     {
-        write(time, std::string("! ") + finding.mCode + ": " + printable(finding.mEvidence, Blanks::eKept),
-              {{"change", "found"},
-               {"kind", "finding"},
-               {"code", finding.mCode},
-               {"evidence", nameToJson(finding.mEvidence)}});
+        const Subject& subject = finding.mSubject;
+        const bool isNamed = !subject.mName.empty();
+        Json json{{"change", "found"}, {"kind", "finding"}};
+        json.update(toJson(finding));
+        write(time,
+              std::string("! ") + finding.mCode + ' ' + subjectWord(subject.mKind) + ' ' + std::to_string(subject.mId) +
+                  (isNamed ? ' ' + printable(subject.mName) : "") + ": " + printable(finding.mEvidence, Blanks::eKept),
+              json);
     }
 
 private:
-    void write(milliseconds time, const std::string& line, Json json)
+    void write(milliseconds time, const std::string& line, const Json& json)
     {
         if (mOptions.mJson) {
             Json object{{"schema", cDiffSchema}, {"time", timeText(time)}};

@@ -1,9 +1,8 @@
-#include "inspect/check/finding.h"
+#include "inspect/check/check.h"
 #include "inspect/command_line/durations.h"
 #include "inspect/command_line/options.h"
 #include "inspect/watch/watch.h"
 
-#include <algorithm>
 #include <memory>
 
 namespace Inspect {
@@ -21,8 +20,7 @@ std::chrono::milliseconds readInterval(const std::string& text)
 
 std::string checkCode(const std::string& code)
 {
-    const auto isThat = [&](const FindingKind& kind) { return kind.mCode == code; };
-    return std::ranges::any_of(findingKinds(), isThat) ? "" : "no such finding: " + code;
+    return findingKind(code) != nullptr ? "" : "no such finding: " + code;
 }
 
 Run addWatchOptions(CLI::App& part)
@@ -49,12 +47,11 @@ Run addWatchOptions(CLI::App& part)
 
 } // namespace
 
-const Command cWatchCommand{
-    "watch", "Tell what changes on a bus as it happens",
-    "  zunic_inspect watch                          who comes and goes on the channel OXABus\n"
-    "  zunic_inspect watch --ignore link --for 30s  without connections, for half a minute\n"
-    "  zunic_inspect watch --until dead-process     until a process has died without leaving\n"
-    "  zunic_inspect watch --json | jq --unbuffered -r 'select(.change == \"removed\").interface.name'\n",
-    addWatchOptions};
+const Command cWatchCommand{"watch", "Tell what changes on a bus as it happens",
+                            "  zunic_inspect watch                          who comes and goes on the channel OXABus\n"
+                            "  zunic_inspect watch --ignore link --for 30s  without connections, for half a minute\n"
+                            "  zunic_inspect watch --until dead-process     until a process has died without leaving\n"
+                            "  zunic_inspect watch --json | jq --unbuffered -c 'select(.kind == \"process\")'\n",
+                            addWatchOptions};
 
 } // namespace Inspect
