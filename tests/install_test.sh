@@ -50,6 +50,6 @@ mv "$scratch/first" "$scratch/second place"
 work_from "$scratch/second place"
 
 for file in share/man/man1/zunic_{enquirer,inspect,demo_bus}.1.gz share/zunic_enquirer/{scenario,bus_state,bus_list}.schema.json \
-  share/bash-completion/completions/zunic_{enquirer,inspect} share/zsh/*/_zunic_inspect; do
+  share/bash-completion/completions/zunic_{enquirer,inspect} share/zsh/site-functions/_zunic_inspect; do
   [ -s "$scratch/second place/$file" ] || fail "not installed: $file"
 done

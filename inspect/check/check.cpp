@@ -1,39 +1,15 @@
 #include "inspect/check/check.h"
 
 #include "inspect/json/json_rows.h"
-#include "inspect/source/source.h"
 #include "inspect/table/cells.h"
 
 #include <algorithm>
-#include <thread>
 
 namespace Inspect {
 
 namespace {
 
 constexpr auto cCheckSchema = "zunic-bus-check/1"; ///< as docs/bus_check.schema.json tells it
-
-BusState readFile(const std::string& file)
-{
-    return readSource({.mChannel = {}, .mFrom = file}, Wanted::everything());
-}
-
-/// The looks that the command line asks for, the older one first.
-std::vector<BusState> takeLooks(const CheckOptions& options)
-{
-    std::vector<BusState> looks;
-    for (const std::string& file : options.mFrom) {
-        looks.push_back(readFile(file));
-    }
-    if (looks.empty()) {
-        looks.push_back(takeState(options.mChannel, Wanted::everything()));
-        if (options.mAgain.count() > 0) {
-            std::this_thread::sleep_for(options.mAgain);
-            looks.push_back(takeState(options.mChannel, Wanted::everything()));
-        }
-    }
-    return looks;
-}
 
 const char* colorOf(Severity severity)
 {
@@ -103,7 +79,7 @@ void writeJson(const std::vector<Finding>& findings, std::ostream& out)
 
 ExitStatus runCheck(const CheckOptions& options, std::ostream& out)
 {
-    const std::vector<BusState> looks = takeLooks(options);
+    const std::vector<BusState> looks = takeLooks(options.mSource);
     std::vector<Finding> findings = findAll(looks.back(), looks.size() > 1 ? &looks.front() : nullptr);
     std::erase_if(findings, [&](const Finding& finding) {
         return std::ranges::find(options.mIgnored, finding.mCode) != options.mIgnored.end();

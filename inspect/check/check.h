@@ -3,10 +3,9 @@
 
 #include "inspect/check/finding.h"
 #include "inspect/command_line/command.h"
+#include "inspect/source/looks.h"
 #include "inspect/table/table.h"
 
-#include <chrono>
-#include <optional>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -15,9 +14,7 @@ namespace Inspect {
 
 struct CheckOptions
 {
-    std::string mChannel = "OXABus";
-    std::vector<std::string> mFrom;         ///< one or two saved states, the older one first; none: the channel
-    std::chrono::milliseconds mAgain{2000}; ///< from the first look at the channel to the second; 0: one look only
+    LookSource mSource;
     Severity mFailOn = Severity::eError;
     std::vector<std::string> mIgnored; ///< codes
     bool mJson = false;

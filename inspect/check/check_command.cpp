@@ -1,5 +1,4 @@
 #include "inspect/check/check.h"
-#include "inspect/command_line/durations.h"
 #include "inspect/command_line/options.h"
 
 #include <memory>
@@ -31,35 +30,6 @@ const FindingKind& requireKind(const char* option, const std::string& code)
         return *kind;
     }
     throw UsageMistake(std::string(option) + ": there is no finding \"" + code + "\" (see --help)");
-}
-
-/// CLI11 would keep the last one, or take two apart at a comma in a name.
-void addFromOption(CLI::App& part, CheckOptions& options, CLI::Option* channel)
-{
-    part.add_option_function<std::string>(
-            "--from",
-            [&options](const std::string& file) {
-                if (options.mFrom.size() == 2) {
-                    throw UsageMistake("--from: two states at most, the older one first");
-                }
-                options.mFrom.push_back(file);
-            },
-            "Look into this saved state instead, \"-\" for standard input; twice: two looks, the older one first")
-        ->type_name("FILE")
-        ->trigger_on_parse()
-        ->excludes(channel);
-}
-
-void addAgainOption(CLI::App& part, CheckOptions& options)
-{
-    part.add_option_function<std::string>(
-            "--again",
-            [&options](const std::string& text) {
-                const auto again = readDuration("--again", text);
-                options.mAgain = again.value_or(std::chrono::milliseconds(0));
-            },
-            "Look a second time after this, for what shows only over time: 2s, 500ms; 0: one look (2s)")
-        ->type_name("TIME");
 }
 
 void addFailOnOption(CLI::App& part, CheckOptions& options)
@@ -94,9 +64,8 @@ Run addCheckOptions(CLI::App& part)
 {
     const auto line = std::make_shared<CheckCommandLine>();
     CheckOptions& options = line->mOptions;
-    addFromOption(part, options, addChannelOption(part, options.mChannel));
+    addLookSourceOptions(part, options.mSource);
     part.add_flag("--json", options.mJson, "JSON instead of a table");
-    addAgainOption(part, options);
     addFailOnOption(part, options);
     part.add_option("--ignore", options.mIgnored, "Leave out this finding; may be given again")
         ->type_name("CODE")

@@ -2,6 +2,7 @@
 #include "inspect/command_line/command.h"
 #include "inspect/diff/diff.h"
 #include "inspect/list/list.h"
+#include "inspect/metrics/metrics.h"
 #include "inspect/page/page.h"
 #include "inspect/save/save.h"
 #include "inspect/show/show.h"
@@ -15,8 +16,8 @@ namespace Inspect {
 
 namespace {
 
-constexpr std::array cCommands{&cListCommand,  &cShowCommand, &cWaitCommand, &cTopCommand, &cWatchCommand,
-                               &cCheckCommand, &cDiffCommand, &cSaveCommand, &cPageCommand};
+constexpr std::array cCommands{&cListCommand,  &cShowCommand, &cWaitCommand,    &cTopCommand,  &cWatchCommand,
+                               &cCheckCommand, &cDiffCommand, &cMetricsCommand, &cSaveCommand, &cPageCommand};
 
 } // namespace
 

@@ -1,5 +1,7 @@
 #include "inspect/command_line/options.h"
 
+#include "inspect/command_line/command.h"
+#include "inspect/command_line/durations.h"
 #include "inspect/words/words.h"
 
 #include <cstdlib>
@@ -44,6 +46,14 @@ void addWord(CLI::App& part, const char* option, std::optional<std::uint32_t>& n
         ->group("Filters");
 }
 
+void addLook(LookSource& source, const std::string& file)
+{
+    if (source.mFrom.size() == 2) {
+        throw UsageMistake("--from: two states at most, the older one first");
+    }
+    source.mFrom.push_back(file);
+}
+
 } // namespace
 
 void addWords(CLI::App& part, std::vector<std::string>& words, const char* names, const char* meaning)
@@ -65,13 +75,38 @@ CLI::Option* addChannelOption(CLI::App& part, std::string& channel)
     return part.add_option("-c,--channel", channel, "The channel to look into (OXABus)")->type_name("NAME");
 }
 
+std::string complaintAboutFile(const std::string& file)
+{
+    return file.empty() ? "expected the name of a file" : "";
+}
+
 void addSourceOptions(CLI::App& part, SourceOptions& source)
 {
     CLI::Option* const channel = addChannelOption(part, source.mChannel);
     part.add_option("--from", source.mFrom, "Look into this saved state instead; \"-\" is standard input")
         ->type_name("FILE")
-        ->check([](const std::string& file) { return file.empty() ? "expected the name of a file" : ""; }, "")
+        ->check(complaintAboutFile, "")
         ->excludes(channel);
+}
+
+void addLookSourceOptions(CLI::App& part, LookSource& source)
+{
+    CLI::Option* const channel = addChannelOption(part, source.mChannel);
+    // CLI11 would keep the last one, or take two apart at a comma in a name.
+    part.add_option_function<std::string>(
+            "--from", [&source](const std::string& file) { addLook(source, file); },
+            "Look into this saved state instead, \"-\" for standard input; twice: two looks, the older one first")
+        ->type_name("FILE")
+        ->check(complaintAboutFile, "")
+        ->trigger_on_parse()
+        ->excludes(channel);
+    part.add_option_function<std::string>(
+            "--again",
+            [&source](const std::string& text) {
+                source.mAgain = readDuration("--again", text).value_or(std::chrono::milliseconds(0));
+            },
+            "Look a second time after this, for what shows only over time: 2s, 500ms; 0: one look (2s)")
+        ->type_name("TIME");
 }
 
 void addFilterOptions(CLI::App& part, InterfaceFilter& filter)

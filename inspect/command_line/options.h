@@ -2,6 +2,7 @@
 #define INSPECT_COMMAND_LINE_OPTIONS_H
 
 #include "inspect/filter/interface_filter.h"
+#include "inspect/source/looks.h"
 #include "inspect/source/source.h"
 #include "inspect/table/table.h"
 
@@ -20,8 +21,14 @@ void addWords(CLI::App& part, std::vector<std::string>& words, const char* names
 /// -c and --channel.
 CLI::Option* addChannelOption(CLI::App& part, std::string& channel);
 
-/// These and --from.
+/// What is wrong with the name of a file: it may not be empty. For CLI::Option::check.
+std::string complaintAboutFile(const std::string& file);
+
+/// -c, --channel and --from.
 void addSourceOptions(CLI::App& part, SourceOptions& source);
+
+/// -c, --channel, --from, which may be given twice, and --again.
+void addLookSourceOptions(CLI::App& part, LookSource& source);
 
 /// --role, --domain, --app, --type, --state and --pid; --name is left to those who take no names otherwise.
 void addFilterOptions(CLI::App& part, InterfaceFilter& filter);

@@ -2,6 +2,7 @@
 
 #include "inspect/state/processes.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -38,10 +39,13 @@ ProcessBook::ProcessBook() : mEnds(epoll_create1(EPOLL_CLOEXEC))
         throw std::system_error(errno, std::generic_category(), "cannot wait for processes");
     }
     rlimit limit{};
-    if (getrlimit(RLIMIT_NOFILE, &limit) == 0) {
-        limit.rlim_cur = limit.rlim_max;
-        setrlimit(RLIMIT_NOFILE, &limit);
-    }
+    getrlimit(RLIMIT_NOFILE, &limit);
+    limit.rlim_cur = limit.rlim_max;
+    setrlimit(RLIMIT_NOFILE, &limit);
+    getrlimit(RLIMIT_NOFILE, &limit);
+    constexpr rlim_t cForOthers = 32;
+    constexpr rlim_t cMost = 1U << 20;
+    mMostDescriptor = static_cast<int>(std::min(limit.rlim_cur, cMost) - std::min(limit.rlim_cur, cForOthers));
 }
 
 ProcessBook::~ProcessBook()
@@ -83,7 +87,7 @@ void ProcessBook::lookUp(std::uint32_t processId, Entry& entry) const
         return;
     }
     epoll_event end{.events = EPOLLIN, .data = {.u32 = processId}};
-    if (descriptor >= 0 && epoll_ctl(mEnds, EPOLL_CTL_ADD, descriptor, &end) != 0) {
+    if (descriptor > mMostDescriptor || epoll_ctl(mEnds, EPOLL_CTL_ADD, descriptor, &end) != 0) {
         closeIfOpen(descriptor);
     }
     entry = {std::move(process), descriptor};

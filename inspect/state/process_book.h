@@ -15,7 +15,7 @@ namespace Inspect {
 class ProcessBook
 {
 public:
-    /// Lets this program open as many files as it may: it takes one for each process.
+    /// Lets this program open as many files as it may: it takes one for each process, and leaves some for others.
     ProcessBook();
     ~ProcessBook();
 
@@ -39,6 +39,7 @@ private:
     void lookUp(std::uint32_t processId, Entry& entry) const;
 
     int mEnds;                               ///< epoll of the descriptors
+    int mMostDescriptor{};                   ///< no descriptor is higher
     std::map<std::uint32_t, Entry> mEntries; ///< by process id
 };
 

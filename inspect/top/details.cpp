@@ -88,18 +88,15 @@ void appendSlot(Lines& lines, std::uint32_t index, const BusState& state)
 
 Lines detailLines(const TableView& view, const BusState& state, std::size_t width)
 {
-    const auto key = view.chosen();
-    if (!key) {
-        return {"It is no longer there."};
-    }
+    const std::uint32_t key = view.chosen().value();
     if (&view.kind() == &cInterfaceList) {
-        return interfaceLines(*key, state);
+        return interfaceLines(key, state);
     }
     Lines lines = valueLines(view, width);
     if (&view.kind() == &cProcessList) {
-        appendProcess(lines, *key, state);
+        appendProcess(lines, key, state);
     } else if (&view.kind() == &cMessageList) {
-        appendSlot(lines, *key, state);
+        appendSlot(lines, key, state);
     }
     return lines;
 }

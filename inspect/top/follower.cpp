@@ -11,7 +11,7 @@ using std::chrono::nanoseconds;
 using Clock = std::chrono::steady_clock;
 
 /// A check may begin so many times what it cost after the one before.
-constexpr int cCheckPause = 333;
+constexpr int cCheckPause = 500;
 
 bool covers(const Wanted& all, const Wanted& part)
 {

@@ -26,7 +26,7 @@ public:
     explicit Follower(std::string channel) : mChannel(std::move(channel)) {}
 
     /// Looks for what is wanted, and for what is wrong as often as that costs little: the first time, and then when it
-    /// comes to no more than 0.3 % of a core.
+    /// comes to no more than 0.2 % of a core.
     void look(const Wanted& wanted);
 
     /// The last look; null when there was no usable channel.

@@ -1,5 +1,6 @@
 #include "inspect/top/head.h"
 
+#include "inspect/check/check.h"
 #include "inspect/table/cells.h"
 #include "inspect/table/printable.h"
 #include "inspect/top/text_fit.h"
@@ -132,6 +133,21 @@ std::string counted(std::size_t number, const char* what)
     return number == 1 ? text : text += 's';
 }
 
+/// "dead-process: process 1234 clockd: ..."
+std::string findingText(const Finding& finding)
+{
+    const Subject& subject = finding.mSubject;
+    std::string text = finding.mCode;
+    text += ": ";
+    if (subject.mKind != SubjectKind::eBus) {
+        text += labelled(subjectWord(subject.mKind), subject.mId);
+        text += subject.mName.empty() ? "" : " ";
+        text += printable(subject.mName);
+        text += ": ";
+    }
+    return text += printable(finding.mEvidence, Blanks::eKept);
+}
+
 FieldLine findingFields(const Follower& follower)
 {
     const std::vector<Finding>& findings = follower.findings();
@@ -154,8 +170,7 @@ FieldLine findingFields(const Follower& follower)
         fields.push_back({"at " + timeText(follower.checkedAt())});
     }
     if (!findings.empty()) {
-        const Finding& worst = findings.front();
-        fields.push_back({worst.mCode + (": " + printable(worst.mEvidence, Blanks::eKept))});
+        fields.push_back({findingText(findings.front())});
     }
     return fields;
 }

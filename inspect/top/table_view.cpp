@@ -72,8 +72,9 @@ TableView::TableView(const ListKind& kind)
 
 void TableView::show(const BusState& now, const BusState* before)
 {
+    mBefore = before != nullptr && before == mShown ? std::move(mNow) : rowsOf(mKind, before);
     mNow = rowsOf(mKind, &now);
-    mBefore = rowsOf(mKind, before);
+    mShown = &now;
     arrange();
 }
 
@@ -81,6 +82,7 @@ void TableView::clear()
 {
     mNow = {};
     mBefore = {};
+    mShown = nullptr;
     arrange();
 }
 

@@ -97,6 +97,7 @@ private:
     std::vector<ColumnHead> mAllColumns;
     std::vector<std::size_t> mPlaces; ///< of the columns that are shown, among all
     std::vector<ColumnHead> mColumns;
+    const BusState* mShown = nullptr; ///< what mNow was made of
     Rows mNow;
     Rows mBefore;
     std::vector<std::size_t> mOrder; ///< rows, as they are shown

@@ -4,9 +4,9 @@
 #include "inspect/top/details.h"
 #include "inspect/top/follower.h"
 #include "inspect/top/head.h"
+#include "inspect/top/help.h"
 #include "inspect/top/painting.h"
 #include "inspect/top/screen.h"
-#include "inspect/top/text_fit.h"
 
 #include <algorithm>
 #include <array>
@@ -45,27 +45,6 @@ constexpr std::array<Page, 4> cPages{{
     {&cMemoryList, {.mMemoryManagers = true}, {}},
     {&cMessageList, {.mMessages = true}, {}},
 }};
-
-const std::vector<std::string> cKeyHelp{
-    "1 2 3 4    processes, interfaces, memory, messages",
-    "arrows     another line; other columns",
-    "PgUp PgDn  a screen up or down",
-    "Home End   first line, last line",
-    "s > <      sort by the next column, the one before",
-    "r          reverse the order",
-    "/          only lines with this text",
-    "Enter      all about the chosen line",
-    "Esc        close that; show all lines",
-    "p space    pause, and go on",
-    "+ - d      look less often, more often; type it",
-    "h ?        this help",
-    "q          quit",
-    "",
-    "What changed since the look before is bold.",
-    "The column with + or - sorts the lines.",
-    "\"at least\": the bus's counter of messages may",
-    "have wrapped once more between two looks.",
-};
 
 enum class Sheet : std::uint8_t
 {
@@ -119,7 +98,12 @@ private:
     TableView& view() { return mViews[mPage]; }
     TablePainter& painter() { return mPainters[mPage]; }
 
-    milliseconds pause() const { return std::chrono::ceil<milliseconds>(cLookPause * mCost); }
+    /// In steps: it is told, and shall not be another one at each look.
+    milliseconds pause() const
+    {
+        using Steps = std::chrono::duration<milliseconds::rep, std::ratio<1, 10>>;
+        return std::chrono::ceil<Steps>(cLookPause * std::min(mCost, mCostBefore));
+    }
     Clock::time_point nextLook() const { return mLookedAt + std::max(mInterval, pause()); }
 
     void look()
@@ -136,6 +120,7 @@ private:
             view().show(*mFollower.now(), mFollower.before());
         }
         if (!mFollower.hasChecked()) { // Checks have a pace of their own.
+            mCostBefore = mCost;
             mCost = processorTime() - spentBefore;
         }
     }
@@ -329,26 +314,20 @@ private:
     void paintSheet(const Area& area)
     {
         if (mSheet == Sheet::eHelp) {
-            paintLines(mScreen, area, helpLines(), mScrolled);
-        } else if (mFollower.now() == nullptr) {
-            return;
+            paintLines(mScreen, area, helpLines(view()), mScrolled);
         } else if (mSheet == Sheet::eDetails) {
-            const bool isThere = mOpened == view().chosen();
-            const auto lines = detailLines(view(), *mFollower.now(), mScreen.width());
-            paintLines(mScreen, area, isThere ? lines : std::vector<std::string>{"It is no longer there."}, mScrolled);
-        } else {
+            paintLines(mScreen, area, openedLines(), mScrolled);
+        } else if (mFollower.now() != nullptr) {
             painter().paint(mScreen, area, view());
         }
     }
 
-    std::vector<std::string> helpLines()
+    std::vector<std::string> openedLines()
     {
-        std::vector<std::string> lines = cKeyHelp;
-        lines.insert(lines.end(), {"", std::string("Columns of ") + view().kind().mWord + ":"});
-        for (const ColumnHead& column : view().columns()) {
-            lines.push_back(fitted(column.mName, 14) + column.mMeaning);
+        if (mFollower.now() == nullptr || !view().chosen() || mOpened != view().chosen()) {
+            return {"It is no longer there."};
         }
-        return lines;
+        return detailLines(view(), *mFollower.now(), mScreen.width());
     }
 
     std::string lastLine()
@@ -386,7 +365,8 @@ private:
     bool mIsToQuit = false;
     bool mIsLookDue = false;
     Clock::time_point mLookedAt;
-    std::chrono::nanoseconds mCost{};
+    std::chrono::nanoseconds mCost{};       ///< of the last look
+    std::chrono::nanoseconds mCostBefore{}; ///< of the one before: one look may be dear by chance
 };
 
 } // namespace
