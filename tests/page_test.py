@@ -31,9 +31,11 @@ def state_of(interfaces, communicators):
     return {"schema": "zunic-bus-state/1", "channel": "</title><b>", "taken_at": "2026-11-23T07:52:01.123Z",
             "boot_id": "b", "program_version": "1", "mutex_held_ns": 1, "interfaces": interfaces,
             "communicators": communicators, "memory_managers": [],
-            "message_storage": {"size": 0, "readable": 0, "last_written_index": 0, "writer_counter": 0,
+            "message_storage": {"size": 4294967295, "readable": 4294967295, "last_written_index": 0, "writer_counter": 0,
                                 "totals": dict.fromkeys(["free", "reserved", "written", "message", "data"], 0),
-                                "slots": []}}
+                                "slots": [{"index": 4294967294, "state": "message", "sender": 4095, "writer_counter": 1,
+                                           "user_data_size": 1, "receivers": [65535],
+                                           "chain": {"entries": [], "end": "invalid-index", "next_index": 4294967295}}]}}
 
 
 def communicator(number, pid, application):
@@ -212,6 +214,9 @@ class Page(unittest.TestCase):
             self.browser.execute_script("location.hash = `view=interfaces&at=interface:${arguments[0]}`", i)
             self.wait(lambda: self.title(), "Interface 7" if i == 7 else shown[i])
             self.assertEqual(len(self.all("a.node")), 20)
+        self.browser.execute_script("location.hash = 'view=messages&at=slot:4294967294'")
+        self.wait(self.title, "Slot 4294967294")
+        self.assertIn("Sender4095 not there", self.text("#details"))
         self.assertEqual(self.browser.title, "Bus </title><b>")
         self.assertEqual(len(self.all("script")), 2)
         self.assertEqual(self.all("img, b"), [])

@@ -5,10 +5,13 @@
 const SlotMap = (() => {
   const { slots } = Bus;
 
-  const sideFor = count => count <= 1024 ? 14 : count <= 4096 ? 9 : count <= 16384 ? 6 : 4;
+  const sideFor = squareCount => squareCount <= 1024 ? 14 : squareCount <= 4096 ? 9 : squareCount <= 16384 ? 6 : 4;
+
+  const MOST_SQUARES = 1 << 18; // a damaged bus may claim any number of slots
 
   const container = Draw.byId('map');
-  const side = sideFor(slots.size);
+  const count = Math.min(slots.size, slots.readable, MOST_SQUARES);
+  const side = sideFor(count);
   let canvas = null;
   let tip = null;
   let columns = 0;
@@ -33,7 +36,7 @@ const SlotMap = (() => {
   }
 
   function paint(marked) {
-    const rows = Math.ceil(slots.size / columns);
+    const rows = Math.ceil(count / columns);
     const ratio = window.devicePixelRatio || 1;
     canvas.width = Math.round(columns * side * ratio);
     canvas.height = Math.round(rows * side * ratio);
@@ -47,7 +50,7 @@ const SlotMap = (() => {
   function picture() {
     const key = `${columns} ${colorOf('--slot-free')}`;
     if (!painted || painted.key !== key) {
-      painted = { key, squares: squares(Math.ceil(slots.size / columns)) };
+      painted = { key, squares: squares(Math.ceil(count / columns)) };
     }
     return painted.squares;
   }
@@ -65,10 +68,10 @@ const SlotMap = (() => {
         pixels.fill(color, y * image.width + left, y * image.width + left + inner);
       }
     };
-    for (let index = 0; index < slots.size && index < slots.readable; ++index) {
+    for (let index = 0; index < count; ++index) {
       draw(index, colors[0]);
     }
-    slots.index.forEach((index, place) => draw(index, colors[slots.state[place]]));
+    slots.index.forEach((index, place) => index < count && draw(index, colors[slots.state[place]]));
     const result = document.createElement('canvas');
     result.width = image.width;
     result.height = image.height;
@@ -119,7 +122,7 @@ const SlotMap = (() => {
     const column = Math.floor((event.clientX - box.left) / box.width * columns);
     const row = Math.floor((event.clientY - box.top) / side);
     const index = row * columns + column;
-    return column >= 0 && column < columns && index >= 0 && index < slots.size ? index : -1;
+    return column >= 0 && column < columns && index >= 0 && index < count ? index : -1;
   }
 
   function describe(index) {
@@ -131,7 +134,7 @@ const SlotMap = (() => {
     return `slot ${index}: ${slots.stateWord(place)}, from ${slots.sender[place]}${sender ? ' ' + sender.name : ''}`;
   }
 
-  const columnsThatFit = () => Math.max(1, Math.min(slots.size, Math.floor((container.clientWidth || 640) / side)));
+  const columnsThatFit = () => Math.max(1, Math.min(count, Math.floor((container.clientWidth || 640) / side)));
 
   function build() {
     columns = columnsThatFit();
@@ -147,11 +150,11 @@ const SlotMap = (() => {
     });
     container.replaceChildren(legend(), Draw.html('div', { class: 'squares' }, canvas), tip);
     canvas.style.width = `${columns * side}px`;
-    canvas.style.height = `${Math.ceil(slots.size / columns) * side}px`;
+    canvas.style.height = `${Math.ceil(count / columns) * side}px`;
   }
 
   function show(isWanted, thing) {
-    container.hidden = !isWanted || slots.size === 0;
+    container.hidden = !isWanted || count === 0;
     if (!container.hidden) {
       if (columnsThatFit() !== columns) {
         build();
