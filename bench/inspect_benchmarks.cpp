@@ -2,6 +2,7 @@
 
 #include "full_channel.h"
 #include "hold_time.h"
+#include "inspect/check/finding.h"
 #include "inspect/state/take_state.h"
 #include "name_daemon.h"
 #include "table.h"
@@ -10,6 +11,7 @@
 #include <chrono>
 #include <csignal>
 #include <filesystem>
+#include <numeric>
 #include <random>
 #include <stdexcept>
 #include <thread>
@@ -85,6 +87,55 @@ void measureSaving(const Folder& folder, const std::string& channel)
                {.words = {BARE_PARSE_BINARY, file}});
 }
 
+/// What looks at everything, against what saves everything; and two states, against the parse of both.
+void measureJudging(const Folder& folder, const std::string& channel)
+{
+    const std::string file = folder / "state.json";
+    const Command save = inspect({"save", "-c", channel, file});
+    // Findings are no failures here.
+    const Command check = {
+        .words = {"sh", "-c", "\"$0\" check --again 0 -c \"$1\"; test $? -le 1", INSPECT_BINARY, channel}};
+    compareRow("inspect check --again 0", check, "inspect save", save);
+    compareRow("inspect page", inspect({"page", "-c", channel, folder / "bus.html"}), "inspect save", save);
+    compareRow("inspect diff", inspect({"diff", file, file}), "bare parse of both files",
+               {.words = {BARE_PARSE_BINARY, file, file}}, 21);
+    constexpr double cMilliseconds = 10'000;
+    printRow("inspect watch, processor time",
+             100 * run(inspect({"watch", "--for", "10s", "-c", channel})).processor / cMilliseconds, "a core", 100,
+             "%");
+}
+
+/// The time of a check of the registry alone as it fills up, with all links that there can be.
+void measureGrowthOfCheck()
+{
+    double smallest = 0;
+    for (const std::uint16_t interfaces : {std::uint16_t{64}, std::uint16_t{256}, std::uint16_t{1024}}) {
+        Inspect::BusState state;
+        for (std::uint16_t id = 0; id < interfaces; ++id) {
+            Inspect::Interface made;
+            made.mId = id;
+            made.mName = interfaceName(id);
+            made.mType = id % 2 == 0 ? Oxa::eInterfaceInstanceTypeSkeleton : Oxa::eInterfaceInstanceTypeStub;
+            made.mState = oxa_zunic_registration_state_registered;
+            made.mReceivers.resize(interfaces);
+            std::iota(made.mReceivers.begin(), made.mReceivers.end(), std::uint16_t{0});
+            state.mInterfaces.push_back(made);
+        }
+        std::vector<double> times;
+        for (int i = 0; i < 11; ++i) {
+            const auto begin = std::chrono::steady_clock::now();
+            Inspect::findAll(state, &state);
+            times.push_back(
+                std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count());
+        }
+        const double links = static_cast<double>(interfaces) * interfaces;
+        const double time = percentile(times, 50);
+        smallest = smallest == 0 ? time / links : smallest;
+        printRow("findings of two looks, " + std::to_string(interfaces) + " interfaces, all links", time,
+                 "as for each link of 64", smallest * links, "ms");
+    }
+}
+
 /// A `wait` for what is not there, for so long; the share of a core that it takes.
 void measureWaitCost()
 {
@@ -126,6 +177,8 @@ void measureInspect(const Folder& folder)
     measureHold(channel.name());
     measureLists(folder, channel.name());
     measureSaving(folder, channel.name());
+    measureJudging(folder, channel.name());
+    measureGrowthOfCheck();
     measureWaitCost();
     measureWaitLatency();
 }

@@ -35,6 +35,6 @@ foreach(program zunic_enquirer zunic_inspect)
     DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME ${program})
 endforeach()
 
-# The formats of what zunic_inspect writes and reads.
+# The formats of what zunic_inspect writes and reads, and alerts for its metrics.
 file(GLOB schemas CONFIGURE_DEPENDS docs/*.schema.json)
-install(FILES ${schemas} DESTINATION ${CMAKE_INSTALL_DATADIR}/zunic_enquirer)
+install(FILES ${schemas} docs/zunic_alerts.yml DESTINATION ${CMAKE_INSTALL_DATADIR}/zunic_enquirer)

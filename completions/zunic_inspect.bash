@@ -39,22 +39,44 @@ _zunic_inspect_options() {
   list) echo "-c --channel --from --json -o --output --name $filters $look -h --help" ;;
   show) echo "-c --channel --from --json $look -h --help" ;;
   wait) echo "-c --channel --gone --timeout $filters -h --help" ;;
-  save) echo "-c --channel -h --help" ;;
+  top) echo "-c --channel --interval --color -h --help" ;;
+  watch) echo "-c --channel --interval --for --until --ignore --json --color -h --help" ;;
+  check) echo "-c --channel --from --json --again --fail-on --ignore --expect --explain $look -h --help" ;;
+  diff) echo "-c --channel --ignore --json --color -h --help" ;;
+  save) echo "-c --channel --as-contract -h --help" ;;
+  page) echo "-c --channel --from -h --help" ;;
+  metrics) echo "-c --channel --from --again --output -h --help" ;;
   *) echo "--version -h --help" ;;
   esac
 }
 
-# Offers values of the option $1; false when it takes none.
+# The codes of findings, out of the help of check.
+_zunic_inspect_codes() {
+  command zunic_inspect check --help 2>/dev/null | sed -n '/^Codes/,/^$/s/^  \([a-z-]*\) .*/\1/p'
+}
+
+# Offers values of the option $1 of the command $2; false when it takes none.
 _zunic_inspect_value() {
   case $1 in
+  --ignore | --until | --explain)
+    case $2$1 in
+    diff--ignore | watch--ignore) mapfile -t COMPREPLY < <(compgen -W "process interface link memory messages" -- "$word") ;;
+    *) mapfile -t COMPREPLY < <(compgen -W "$(_zunic_inspect_codes)" -- "$word") ;;
+    esac
+    ;;
+  --fail-on) mapfile -t COMPREPLY < <(compgen -W "error warning note" -- "$word") ;;
+  --interval | --again | --for) mapfile -t COMPREPLY < <(compgen -W "500ms 2s 30s" -- "$word") ;;
   -c | --channel) _zunic_inspect_offer < <(_zunic_inspect_channels) ;;
-  --from) compopt -o filenames && mapfile -t COMPREPLY < <(compgen -f -- "$word") ;;
+  --from | --expect) compopt -o filenames && mapfile -t COMPREPLY < <(compgen -f -- "$word") ;;
   --color) mapfile -t COMPREPLY < <(compgen -W "auto always never" -- "$word") ;;
   --type) mapfile -t COMPREPLY < <(compgen -W "skeleton stub" -- "$word") ;;
   --state) mapfile -t COMPREPLY < <(compgen -W "registered preregistered any" -- "$word") ;;
   --timeout) mapfile -t COMPREPLY < <(compgen -W "10s 1m none" -- "$word") ;;
   --name | --role | --domain | --app | --pid) _zunic_inspect_offer < <(_zunic_inspect_names "${1#--}") ;;
-  -o | --output) ;;
+  -o | --output)
+    [[ $2 == metrics ]] && compopt -o filenames && mapfile -t COMPREPLY < <(compgen -f -- "$word")
+    return 0
+    ;;
   *) return 1 ;;
   esac
 }
@@ -70,7 +92,7 @@ _zunic_inspect() {
   fi
 
   COMPREPLY=()
-  if _zunic_inspect_value "$previous"; then
+  if _zunic_inspect_value "$previous" "$command"; then
     return
   fi
   if [[ $word == -* && " ${COMP_WORDS[*]:0:COMP_CWORD} " != *" -- "* ]]; then
@@ -78,10 +100,10 @@ _zunic_inspect() {
     return
   fi
   case $command in
-  "") mapfile -t COMPREPLY < <(compgen -W "list show wait save" -- "$word") ;;
+  "") mapfile -t COMPREPLY < <(compgen -W "list show wait top watch check diff save page metrics" -- "$word") ;;
   list) mapfile -t COMPREPLY < <(compgen -W "interfaces communicators processes memory messages" -- "$word") ;;
   show | wait) _zunic_inspect_offer < <(_zunic_inspect_names name) ;;
-  save) compopt -o filenames && mapfile -t COMPREPLY < <(compgen -f -- "$word") ;;
+  save | page | diff) compopt -o filenames && mapfile -t COMPREPLY < <(compgen -f -- "$word") ;;
   esac
 }
 

@@ -347,7 +347,7 @@ TEST(Contract, OfABusIsKeptByItAndBrokenByAnother)
     TestSupport::writeFile(contract, "{\"schema\": 1}");
     const auto malformed = check({"--expect", contract, "-c", bus.channelName()});
     EXPECT_EQ(malformed.status, 5);
-    EXPECT_THAT(malformed.errors, HasSubstr("contract.json: line 1, column 12: /schema: expected"));
+    EXPECT_THAT(malformed.errors, HasSubstr("contract.json: line 1, column 13: /schema: expected"));
 }
 
 } // namespace

@@ -205,6 +205,27 @@ check_inspecting() {
   ! grep . out || fail "the same bus differs"
 }
 
+# What the node exporter would read.
+check_metrics() {
+  export textfiles=$PWD
+  run_recipe metrics zunic_inspect
+  expect 0
+  grep -qxF "zunic_up{channel=\"$channel\"} 1" zunic.prom || fail "no figures: $(cat zunic.prom)"
+}
+
+# A contract of a healthy bus, which another bus breaks.
+check_contract() {
+  start_bus "$1/demo/scenarios/healthy.json"
+  "$inspect" save --as-contract contract.json -c "$channel" || fail "no contract"
+  run_recipe contract zunic_inspect
+  expect 0
+  stop_bus
+  start_bus "$small"
+  run_recipe contract zunic_inspect
+  expect 1 contract-missing
+  stop_bus
+}
+
 # Each hour is over at once: the fifth save takes the place of the first.
 check_saving() {
   # shellcheck disable=SC2016
@@ -230,4 +251,6 @@ check_reports
 check_dumping
 check_starting
 check_inspecting
+check_metrics
 check_saving
+check_contract "$1"
