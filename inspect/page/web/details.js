@@ -13,7 +13,7 @@ const Details = (() => {
 
   const missing = () => html('span', { class: 'badge error' }, 'not there');
 
-  const processLink = process => process ? linkTo(process, `${process.label} (${process.pid})`) : 'none';
+  const processLink = process => process ? linkTo(process, process.application ? `${process.label} (${process.pid})` : process.label) : 'none';
   const interfaceLink = face => linkTo(face, `${face.name} / ${face.role}`);
 
   const slotLink = index => Bus.slotThing(index) ? linkTo(Bus.slotThing(index), String(index), true) : String(index);
