@@ -22,20 +22,14 @@ void openStandardStreams()
     close(descriptor);
 }
 
-/// Keeps what the library says of itself, but for errors, off standard output.
-void quietenDlt()
-{
-    if (dlt_log_set_level != nullptr) {
-        dlt_log_set_level(LOG_ERR);
-    }
-}
-
 } // namespace
 
 int main(int argc, char** argv)
 {
     openStandardStreams();
-    quietenDlt();
+    if (dlt_log_set_level != nullptr) {
+        dlt_log_set_level(LOG_ERR); // Else the library tells of itself on standard output.
+    }
     try {
         const Channel::SnapshotMemory memory;
         return OxaZunicEnquirerAppMain(argc, argv);

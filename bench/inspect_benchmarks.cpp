@@ -50,6 +50,7 @@ void compareRow(const std::string& what, const Command& ours, const std::string&
 void measureHold(const std::string& channel)
 {
     std::vector<double> held;
+    held.reserve(1000);
     for (int i = 0; i < 1000; ++i) {
         held.push_back(std::chrono::duration<double, std::micro>(Inspect::takeState(channel, {}).mMutexHeld).count());
     }
@@ -122,6 +123,7 @@ void measureGrowthOfCheck()
             state.mInterfaces.push_back(made);
         }
         std::vector<double> times;
+        times.reserve(11);
         for (int i = 0; i < 11; ++i) {
             const auto begin = std::chrono::steady_clock::now();
             Inspect::findAll(state, &state);
@@ -151,6 +153,7 @@ void measureWaitCost()
 void measureWaitLatency()
 {
     std::vector<double> latencies;
+    latencies.reserve(20);
     std::minstd_rand random; // NOLINT(cert-msc51-cpp,bugprone-random-generator-seed): the same moments each time.
     for (int i = 0; i < 20; ++i) {
         HostedChannel channel = HostedChannel::create({.name = "bench_wait" + std::to_string(getpid())});
