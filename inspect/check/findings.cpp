@@ -34,7 +34,7 @@ RULES(DECLARE)
 
 namespace {
 
-#define ADDRESS(rule) &rule,
+#define ADDRESS(rule) &(rule),
 constexpr std::array cRules{RULES(ADDRESS)};
 
 } // namespace

@@ -41,9 +41,10 @@ const Interface* Look::sameAs(const Interface& other) const
     const auto key = [](const Interface& interface) {
         return std::tie(interface.mName, interface.mRole, interface.mDomain, interface.mType);
     };
-    for (const Interface& interface : std::ranges::equal_range(mState.mInterfaces, other.mId, {}, &Interface::mId)) {
-        if (key(interface) == key(other)) {
-            return &interface;
+    const auto first = std::ranges::lower_bound(mState.mInterfaces, other.mId, {}, &Interface::mId);
+    for (auto place = first; place != mState.mInterfaces.end() && place->mId == other.mId; ++place) {
+        if (key(*place) == key(other)) {
+            return &*place;
         }
     }
     return nullptr;

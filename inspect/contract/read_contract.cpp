@@ -39,16 +39,6 @@ std::uint32_t readType(const JsonPlace& place)
     return *type;
 }
 
-Oxa::Version readVersion(const JsonPlace& place)
-{
-    std::vector<std::uint32_t> numbers;
-    place.forEach([&](const JsonPlace& number) { numbers.push_back(number.number<std::uint16_t>()); });
-    if (numbers.size() != 3) {
-        place.expected("three numbers");
-    }
-    return {numbers[0], numbers[1], numbers[2]};
-}
-
 void readUsers(const JsonPlace& place, Expectation& expectation)
 {
     requireKnownMembers(place, std::array{"at_least", "at_most"});

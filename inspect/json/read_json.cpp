@@ -61,4 +61,14 @@ void readJson(std::istream& in, const std::function<void(const JsonPlace& docume
     }
 }
 
+Oxa::Version readVersion(const JsonPlace& place)
+{
+    std::vector<std::uint32_t> numbers;
+    place.forEach([&](const JsonPlace& number) { numbers.push_back(number.number<std::uint16_t>()); });
+    if (numbers.size() != 3) {
+        place.expected("three numbers");
+    }
+    return {numbers[0], numbers[1], numbers[2]};
+}
+
 } // namespace Inspect

@@ -12,6 +12,9 @@ namespace Inspect {
 /// no JSON, and what `read` does not find as it expects throw NoState, with line and place.
 void readJson(std::istream& in, const std::function<void(const JsonPlace& document)>& read);
 
+/// Of three numbers. Throws Misplaced.
+Oxa::Version readVersion(const JsonPlace& place);
+
 } // namespace Inspect
 
 #endif

@@ -57,16 +57,6 @@ OxaZunic::OxaZunicRangeLocation readLocation(const JsonPlace& place)
     return {place["manager"].number<std::uint16_t>(), place["range"].number<std::uint16_t>()};
 }
 
-Oxa::Version readVersion(const JsonPlace& place)
-{
-    std::vector<std::uint32_t> numbers;
-    place.forEach([&](const JsonPlace& number) { numbers.push_back(number.number<std::uint16_t>()); });
-    if (numbers.size() != 3) {
-        place.expected("three numbers");
-    }
-    return {numbers[0], numbers[1], numbers[2]};
-}
-
 Interface readInterface(const JsonPlace& place)
 {
     Interface interface {
