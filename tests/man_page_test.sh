@@ -199,10 +199,21 @@ check_inspecting() {
   run_recipe waiting zunic_inspect
   expect 0
   [ "$(cat out)" = "$(printf '%s\n' '5 1' '6 1' '7 1' '9 1' '10 1' '11 1' '70 1')" ] || fail "waiting: $(cat out)"
-  mv bus.json yesterday.json
+  run_recipe died zunic_inspect
+  expect 1 "a process has died"
+}
+
+# Two nights on one bus, and one after a new start.
+check_nights() {
+  run_recipe yesterday zunic_inspect
+  expect 0
   run_recipe yesterday zunic_inspect
   expect 0
   ! grep . out || fail "the same bus differs"
+  stop_bus
+  start_bus "$small"
+  run_recipe yesterday zunic_inspect
+  expect 1 restarted
 }
 
 # What the node exporter would read.
@@ -251,6 +262,7 @@ check_reports
 check_dumping
 check_starting
 check_inspecting
+check_nights
 check_metrics
 check_saving
 check_contract "$1"
