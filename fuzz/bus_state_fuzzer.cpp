@@ -1,7 +1,11 @@
-// Reads its input as a saved state. Whatever reads as one is, written and read again, the same value; whatever does not
-// is complained of in one line.
+// Reads its input as a saved state, and as a contract. Whatever reads as a state is, written and read again, the same
+// value, and can be judged, compared and told; whatever does not is complained of in one line.
 
+#include "inspect/check/finding.h"
+#include "inspect/contract/contract.h"
+#include "inspect/diff/changes.h"
 #include "inspect/json/state_json.h"
+#include "inspect/metrics/metrics.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -28,20 +32,54 @@ std::string written(const Inspect::BusState& state)
     return text.str();
 }
 
+/// A bus keeps the contract that was written of it, but for what is not to be known.
+void holdToItsContract(const Inspect::BusState& state)
+{
+    std::stringstream text;
+    writeContract(text, state);
+    for (const Inspect::Finding& finding : compareWithContract(Inspect::readContract(text), state)) {
+        require(finding.mSeverity == Inspect::Severity::eNote, finding.mCode);
+    }
+}
+
+void lookAt(const Inspect::BusState& state)
+{
+    std::ostringstream figures;
+    writeMetrics(figures, state, &state);
+    findAll(state);
+    require(changesBetween(state, state).empty(), "a state does not differ from itself");
+    changesBetween(Inspect::BusState(), state);
+    holdToItsContract(state);
+}
+
+template <typename Read>
+void readAs(std::string_view data, Read read)
+{
+    try {
+        std::istringstream input{std::string(data)};
+        read(input);
+    } catch (const Inspect::NoState& error) {
+        require(std::string_view(error.what()).find('\n') == std::string_view::npos, "a complaint is one line");
+    }
+}
+
+void readAsState(std::istream& input)
+{
+    const Inspect::BusState state = Inspect::readState(input);
+    const std::string text = written(state);
+    std::istringstream again(text);
+    const Inspect::BusState copy = Inspect::readState(again);
+    require(copy == state, "a state is the same after it has been written and read");
+    require(written(copy) == text, "a state is written in one way");
+    lookAt(state);
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    try {
-        std::istringstream input(std::string(reinterpret_cast<const char*>(data), size));
-        const Inspect::BusState state = Inspect::readState(input);
-        const std::string text = written(state);
-        std::istringstream again(text);
-        const Inspect::BusState copy = Inspect::readState(again);
-        require(copy == state, "a state is the same after it has been written and read");
-        require(written(copy) == text, "a state is written in one way");
-    } catch (const Inspect::NoState& error) {
-        require(std::string_view(error.what()).find('\n') == std::string_view::npos, "a complaint is one line");
-    }
+    const std::string_view text(reinterpret_cast<const char*>(data), size);
+    readAs(text, readAsState);
+    readAs(text, Inspect::readContract);
     return 0;
 }
