@@ -97,7 +97,7 @@ private:
         const std::uint32_t users = countUsers(interface, mConnections);
         if (users < expectation.mLeastUsers.value_or(0) || users > expectation.mMostUsers.value_or(users)) {
             add(eUsers, subjectOf(interface),
-                std::to_string(users) + " users" +
+                "users: " + std::to_string(users) +
                     (expectation.mLeastUsers ? ", at least " + std::to_string(*expectation.mLeastUsers) : "") +
                     (expectation.mMostUsers ? ", at most " + std::to_string(*expectation.mMostUsers) : "") +
                     " expected");

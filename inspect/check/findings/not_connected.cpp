@@ -44,8 +44,8 @@ void find(const Looks& looks, const Rule& rule, Findings& findings)
         const Interface* const before = looks.mBefore->sameAs(interface);
         if (before != nullptr && !connectedBefore.contains(before) && isComplete(*looks.mBefore, *before)) {
             add(findings, rule, subjectOf(interface),
-                "none of " + std::to_string(looks.mNow.serviceOf(interface).mSkeletons.size()) +
-                    " providers, first of them interface " +
+                "providers: " + std::to_string(looks.mNow.serviceOf(interface).mSkeletons.size()) +
+                    ", none connected; first of them interface " +
                     std::to_string(looks.mNow.serviceOf(interface).mSkeletons.front()->mId));
         }
     }

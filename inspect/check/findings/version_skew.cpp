@@ -34,8 +34,8 @@ void find(const Looks& looks, const Rule& rule, Findings& findings)
     for (const auto& [skeleton, stubs] : users) {
         const Interface& stub = **stubs.begin();
         add(findings, rule, subjectOf(*skeleton),
-            versionWord(skeleton->mVersion) + "; of another version: " + std::to_string(stubs.size()) +
-                " users, first of them " + versionWord(stub.mVersion) + " of interface " + std::to_string(stub.mId));
+            versionWord(skeleton->mVersion) + "; users of another version: " + std::to_string(stubs.size()) +
+                ", first of them interface " + std::to_string(stub.mId) + " of " + versionWord(stub.mVersion));
     }
 }
 
