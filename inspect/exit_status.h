@@ -7,11 +7,11 @@ namespace Inspect {
 enum ExitStatus : int
 {
     eExitYes = 0,         ///< yes; or what was asked for was done
-    eExitNo = 1,          ///< no: nothing fits, or it is still there
+    eExitNo = 1,          ///< no: nothing fits, or it is still there; a finding, a difference
     eExitFailed = 2,      ///< the command line cannot be read, or the program itself failed (a full disk, no memory)
     eExitTimeIsUp = 3,    ///< what was waited for did not come in time
     eExitNoChannel = 4,   ///< no usable channel of that name, or its registry mutex could not be taken
-    eExitNoStateFile = 5, ///< the file with a saved state is missing, cut short, or holds no state
+    eExitNoStateFile = 5, ///< the file is missing, cut short, or holds no state (or contract)
 };
 
 } // namespace Inspect

@@ -20,16 +20,18 @@ namespace {
 constexpr auto cExamples = "  zunic_inspect list                     what is registered on the channel OXABus\n"
                            "  zunic_inspect show Clock               who provides it, and who uses it\n"
                            "  zunic_inspect wait Clock --timeout 10s wait until it is registered\n"
+                           "  zunic_inspect check                    what is wrong with the bus\n"
                            "  zunic_inspect save bus.json            keep the state of the bus\n"
                            "  zunic_inspect list --from bus.json     look at it later\n";
 
-constexpr auto cExitStatuses = "Exit status:\n"
-                               "  0  yes; done\n"
-                               "  1  no: nothing fits, or it is still there\n"
-                               "  2  the command line cannot be read, or the program itself failed\n"
-                               "  3  time is up\n"
-                               "  4  no usable channel, or its mutex could not be taken\n"
-                               "  5  no saved state in that file: missing, cut short, or something else\n";
+constexpr auto cExitStatuses =
+    "Exit status:\n"
+    "  0  yes; done\n"
+    "  1  no: nothing fits, or it is still there; a finding, a difference\n"
+    "  2  the command line cannot be read, or the program itself failed\n"
+    "  3  time is up\n"
+    "  4  no usable channel, or its mutex could not be taken\n"
+    "  5  no saved state (or contract) in that file: missing, cut short, or something else\n";
 
 /// A stream that is closed is opened so that it cannot be used. Else a file would take its place, and what is printed.
 void openStandardStreams()

@@ -86,10 +86,10 @@ Contract readContract(std::istream& in)
 {
     Contract contract;
     readJson(in, [&](const JsonPlace& document) {
-        requireKnownMembers(document, std::array{"$schema", "schema", "interfaces"});
         if (const JsonPlace schema = document["schema"]; schema.text() != cContractSchema) {
             schema.expected("the schema \"" + std::string(cContractSchema) + "\"");
         }
+        requireKnownMembers(document, std::array{"$schema", "schema", "interfaces"});
         document["interfaces"].forEach([&](const JsonPlace& place) { contract.push_back(readExpectation(place)); });
     });
     return contract;
