@@ -2,8 +2,8 @@
 
 #include "full_channel.h"
 #include "hold_time.h"
-#include "inspect/check/finding.h"
-#include "inspect/state/take_state.h"
+#include "inspect/findings/findings.h"
+#include "inspect/live/take_state.h"
 #include "name_daemon.h"
 #include "table.h"
 #include "timed_process.h"

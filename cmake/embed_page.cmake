@@ -47,7 +47,7 @@ as_characters("${before}" before)
 as_characters("${after}" after)
 
 file(WRITE ${OUTPUT}
-"#include \"inspect/page/page_text.h\"
+"#include \"inspect/commands/page/page_text.h\"
 
 namespace Inspect {
 

@@ -1,11 +1,11 @@
 // Reads its input as a saved state, and as a contract. Whatever reads as a state is, written and read again, the same
 // value, and can be judged, compared and told; whatever does not is complained of in one line.
 
-#include "inspect/check/finding.h"
-#include "inspect/contract/contract.h"
-#include "inspect/diff/changes.h"
-#include "inspect/json/state_json.h"
-#include "inspect/metrics/metrics.h"
+#include "inspect/changes/changes.h"
+#include "inspect/commands/metrics/metrics.h"
+#include "inspect/findings/contract/contract.h"
+#include "inspect/findings/findings.h"
+#include "inspect/saved/state_json.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,7 +1,7 @@
-#include "inspect/diff/wording.h"
-#include "inspect/state/bus_follower.h"
-#include "inspect/state/take_state.h"
-#include "inspect/words/words.h"
+#include "inspect/bus/words.h"
+#include "inspect/changes/wording.h"
+#include "inspect/live/bus_follower.h"
+#include "inspect/live/take_state.h"
 #include "support/churning_bus.h"
 #include "support/program.h"
 

@@ -1,4 +1,4 @@
-#include "inspect/metrics/metrics.h"
+#include "inspect/commands/metrics/metrics.h"
 
 #include <gmock/gmock.h>
 #include <sstream>

@@ -1,6 +1,6 @@
-#include "inspect/json/state_json.h"
-#include "inspect/page/page_data.h"
-#include "inspect/page/page_text.h"
+#include "inspect/commands/page/page_data.h"
+#include "inspect/commands/page/page_text.h"
+#include "inspect/saved/state_json.h"
 
 #include <gmock/gmock.h>
 

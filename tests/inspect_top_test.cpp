@@ -1,6 +1,6 @@
-#include "inspect/top/figures.h"
-#include "inspect/top/table_view.h"
-#include "inspect/top/text_fit.h"
+#include "inspect/commands/top/figures.h"
+#include "inspect/commands/top/table_view.h"
+#include "inspect/commands/top/text_fit.h"
 
 #include <clocale>
 #include <gmock/gmock.h>

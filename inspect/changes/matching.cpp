@@ -1,0 +1,215 @@
+#include "inspect/changes/matching.h"
+
+#include <algorithm>
+#include <map>
+#include <optional>
+#include <string>
+#include <tuple>
+#include <utility>
+
+namespace Inspect {
+
+namespace {
+
+/// Pairs those of both sides that are in no pair yet and have the same key, in order. Those without a key stay alone.
+template <typename KeyBefore, typename KeyNow>
+void pairByKey(Pairing& pairing, KeyBefore keyBefore, KeyNow keyNow)
+{
+    std::multimap<typename decltype(keyNow(0))::value_type, std::size_t> places; // Equal keys stay in order.
+    for (std::size_t now = 0; now < pairing.mBeforeOf.size(); ++now) {
+        if (const auto key = pairing.mBeforeOf[now] == cNobody ? keyNow(now) : std::nullopt) {
+            places.emplace(*key, now);
+        }
+    }
+    for (std::size_t before = 0; before < pairing.mNowOf.size() && !places.empty(); ++before) {
+        const auto key = pairing.mNowOf[before] == cNobody ? keyBefore(before) : std::nullopt;
+        const auto found = key ? places.lower_bound(*key) : places.end();
+        if (found != places.end() && found->first == *key) {
+            pairing.mNowOf[before] = found->second;
+            pairing.mBeforeOf[found->second] = before;
+            places.erase(found);
+        }
+    }
+}
+
+using Numbers = std::unordered_map<std::string, std::size_t>;
+
+/// A number for each name, role, domain and type, the same in both states.
+std::vector<std::size_t> numberIdentities(const std::vector<Interface>& interfaces, Numbers& numbers)
+{
+    std::vector<std::size_t> identities;
+    identities.reserve(interfaces.size());
+    for (const Interface& interface : interfaces) {
+        std::string identity = interface.mName;
+        for (const std::string& part : {interface.mRole, interface.mDomain, std::to_string(interface.mType)}) {
+            identity.append(1, '\0').append(part);
+        }
+        identities.push_back(numbers.try_emplace(std::move(identity), numbers.size()).first->second);
+    }
+    return identities;
+}
+
+/// What each process has registered, for processes whose application is not to be known.
+std::vector<std::vector<std::size_t>> identitiesByProcess(const Processes& processes,
+                                                          const std::vector<std::size_t>& identities)
+{
+    std::vector<std::vector<std::size_t>> lists(processes.mList.size());
+    for (std::size_t i = 0; i < identities.size(); ++i) {
+        if (processes.mOwners[i] != cNobody) {
+            lists[processes.mOwners[i]].push_back(identities[i]);
+        }
+    }
+    for (std::vector<std::size_t>& list : lists) {
+        std::ranges::sort(list);
+    }
+    return lists;
+}
+
+/// What tells several interfaces of one identity from each other.
+auto traitsOf(const Interface& interface)
+{
+    const Oxa::Version& version = interface.mVersion;
+    return std::tuple(version.mMajor, version.mMinor, version.mRevision, interface.mState, interface.mFunctions);
+}
+
+bool areKnownAndDiffer(const auto& one, const auto& other)
+{
+    return one && other && *one != *other;
+}
+
+/// Whether ids of processes in both mean the same.
+bool areOfOneBoot(const BusState& before, const BusState& now)
+{
+    return before.mBootId.empty() || now.mBootId.empty() || before.mBootId == now.mBootId;
+}
+
+} // namespace
+
+Processes::Processes(const BusState& state)
+{
+    std::unordered_map<std::uint32_t, std::size_t> byProcessId;
+    std::unordered_map<std::uint16_t, std::size_t> byCommunicatorId;
+    for (const Communicator& communicator : state.mCommunicators) {
+        const auto [place, isNew] = byProcessId.try_emplace(communicator.mProcessId, mList.size());
+        if (isNew) {
+            mList.emplace_back();
+        }
+        mList[place->second].push_back(&communicator);
+        byCommunicatorId.try_emplace(communicator.mId, place->second);
+    }
+    mOwners.reserve(state.mInterfaces.size());
+    for (const Interface& interface : state.mInterfaces) {
+        const auto owner = byCommunicatorId.find(interface.mCommunicatorId);
+        mOwners.push_back(owner == byCommunicatorId.end() ? cNobody : owner->second);
+    }
+}
+
+const Communicator* Processes::ownerOf(std::size_t interface) const
+{
+    return mOwners[interface] == cNobody ? nullptr : mList[mOwners[interface]].front();
+}
+
+Matching::Matching(const BusState& before, const BusState& now)
+    : mBefore(before),
+      mNow(now),
+      mProcessesBefore(before),
+      mProcessesNow(now),
+      mProcesses(mProcessesBefore.mList.size(), mProcessesNow.mList.size()),
+      mInterfaces(before.mInterfaces.size(), now.mInterfaces.size())
+{
+    matchProcesses();
+    matchInterfaces();
+}
+
+bool Matching::isSameRun(std::size_t before, std::size_t now) const
+{
+    const Communicator& one = mProcessesBefore[before];
+    const Communicator& other = mProcessesNow[now];
+    return one.mProcessId == other.mProcessId && areOfOneBoot(mBefore, mNow) &&
+           !areKnownAndDiffer(one.mProcess.mStartedAfterBoot, other.mProcess.mStartedAfterBoot);
+}
+
+/// First those that run on; then by application; then by what they have, where an application is not to be known: that
+/// of a dead process never is.
+void Matching::matchProcesses()
+{
+    std::unordered_map<std::uint32_t, std::size_t> byProcessId;
+    for (std::size_t now = 0; now < mProcessesNow.mList.size(); ++now) {
+        byProcessId[mProcessesNow[now].mProcessId] = now;
+    }
+    for (std::size_t before = 0; before < mProcessesBefore.mList.size(); ++before) {
+        const auto found = byProcessId.find(mProcessesBefore[before].mProcessId);
+        if (found != byProcessId.end() && isSameRun(before, found->second)) {
+            mProcesses.mNowOf[before] = found->second;
+            mProcesses.mBeforeOf[found->second] = before;
+        }
+    }
+    pairByKey(
+        mProcesses, [&](std::size_t i) { return mProcessesBefore[i].mProcess.mApplication; },
+        [&](std::size_t i) { return mProcessesNow[i].mProcess.mApplication; });
+
+    Numbers numbers;
+    const auto before = identitiesByProcess(mProcessesBefore, numberIdentities(mBefore.mInterfaces, numbers));
+    const auto now = identitiesByProcess(mProcessesNow, numberIdentities(mNow.mInterfaces, numbers));
+    const auto keyIn = [](const auto& lists, const Processes& processes, bool isUnknown) {
+        return [&lists, &processes, isUnknown](std::size_t i) {
+            const bool isMeant = !isUnknown || !processes[i].mProcess.mApplication;
+            return isMeant && !lists[i].empty() ? std::optional(lists[i]) : std::nullopt;
+        };
+    };
+    pairByKey(mProcesses, keyIn(before, mProcessesBefore, true), keyIn(now, mProcessesNow, false));
+    pairByKey(mProcesses, keyIn(before, mProcessesBefore, false), keyIn(now, mProcessesNow, true));
+}
+
+void Matching::matchInterfaces()
+{
+    Numbers numbers;
+    const auto identitiesBefore = numberIdentities(mBefore.mInterfaces, numbers);
+    const auto identitiesNow = numberIdentities(mNow.mInterfaces, numbers);
+    const auto ownerBefore = [&](std::size_t i) { return mProcessesBefore.mOwners[i]; };
+    const auto ownerNow = [&](std::size_t i) { // As a process of before, or a number beyond those.
+        const std::size_t owner = mProcessesNow.mOwners[i];
+        const std::size_t before = owner == cNobody ? cNobody : mProcesses.mBeforeOf[owner];
+        return owner != cNobody && before == cNobody ? mProcesses.mNowOf.size() + owner : before;
+    };
+    const auto inProcessBefore = [&](std::size_t i) {
+        return std::optional(std::pair(identitiesBefore[i], ownerBefore(i)));
+    };
+    const auto inProcessNow = [&](std::size_t i) { return std::optional(std::pair(identitiesNow[i], ownerNow(i))); };
+    // Ids mean something as long as nobody gave new ones.
+    const auto idBefore = [&](std::size_t i) {
+        const std::size_t owner = mProcessesBefore.mOwners[i];
+        const std::size_t ownerThen = owner == cNobody ? cNobody : mProcesses.mNowOf[owner];
+        const bool isKept = owner == cNobody || (ownerThen != cNobody && isSameRun(owner, ownerThen));
+        return isKept ? std::optional(std::pair(inProcessBefore(i), mBefore.mInterfaces[i].mId)) : std::nullopt;
+    };
+    pairByKey(mInterfaces, idBefore,
+              [&](std::size_t i) { return std::optional(std::pair(inProcessNow(i), mNow.mInterfaces[i].mId)); });
+    pairByKey(
+        mInterfaces,
+        [&](std::size_t i) { return std::optional(std::pair(inProcessBefore(i), traitsOf(mBefore.mInterfaces[i]))); },
+        [&](std::size_t i) { return std::optional(std::pair(inProcessNow(i), traitsOf(mNow.mInterfaces[i]))); });
+    pairByKey(mInterfaces, inProcessBefore, inProcessNow);
+    const Pairing stayed = mInterfaces;
+    pairByKey(
+        mInterfaces, [&](std::size_t i) { return std::optional(identitiesBefore[i]); },
+        [&](std::size_t i) { return std::optional(identitiesNow[i]); });
+
+    std::map<std::pair<std::size_t, std::size_t>, std::size_t> classes;
+    const auto classOf = [&](const auto& key) {
+        const auto [place, isNew] = classes.try_emplace(*key, mClassCount);
+        mClassCount += isNew;
+        return place->second;
+    };
+    mClassesNow.resize(mNow.mInterfaces.size());
+    for (std::size_t i = 0; i < mClassesNow.size(); ++i) {
+        const bool hasMoved = mInterfaces.mBeforeOf[i] != stayed.mBeforeOf[i];
+        mClassesNow[i] = hasMoved ? mClassCount++ : classOf(inProcessNow(i));
+    }
+    for (std::size_t i = 0; i < mInterfaces.mNowOf.size(); ++i) {
+        const bool hasMoved = mInterfaces.mNowOf[i] != stayed.mNowOf[i];
+        mClassesBefore.push_back(hasMoved ? mClassesNow[mInterfaces.mNowOf[i]] : classOf(inProcessBefore(i)));
+    }
+}
+
+} // namespace Inspect

@@ -1,0 +1,142 @@
+#include "inspect/cli/command_line.h"
+
+#include "inspect/cli/help_formatter.h"
+#include "inspect/cli/printable.h"
+
+#include <cerrno>
+#include <clocale>
+#include <cstring>
+#include <fcntl.h>
+#include <iostream>
+#include <unistd.h>
+
+namespace Inspect {
+
+namespace {
+
+constexpr auto cExamples = "  zunic_inspect list                     what is registered on the channel OXABus\n"
+                           "  zunic_inspect show Clock               who provides it, and who uses it\n"
+                           "  zunic_inspect wait Clock --timeout 10s wait until it is registered\n"
+                           "  zunic_inspect check                    what is wrong with the bus\n"
+                           "  zunic_inspect save bus.json            keep the state of the bus\n"
+                           "  zunic_inspect list --from bus.json     look at it later\n";
+
+constexpr auto cExitStatuses =
+    "Exit status:\n"
+    "  0  yes; done\n"
+    "  1  no: nothing fits, or it is still there; a finding, a difference\n"
+    "  2  the command line cannot be read, or the program itself failed\n"
+    "  3  time is up\n"
+    "  4  no usable channel, or its mutex could not be taken\n"
+    "  5  no saved state (or contract) in that file: missing, cut short, or something else\n";
+
+/// A stream that is closed is opened so that it cannot be used. Else a file would take its place, and what is printed.
+void openStandardStreams()
+{
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(stream, F_GETFD) == -1) {
+            open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+        }
+    }
+}
+
+/// CLI11's own messages may be several lines long.
+std::string firstLine(const std::string& text)
+{
+    return text.substr(0, text.find('\n'));
+}
+
+/// Adds a command to the command line; `chosen` becomes what runs it when it is the one.
+void addCommand(CLI::App& app, const Command& command, Run& chosen)
+{
+    CLI::App* const part = app.add_subcommand(command.mName, command.mSummary);
+    part->formatter(std::make_shared<HelpFormatter>(command.mExamples));
+    part->group("Commands");
+    part->option_defaults()->take_last();
+    part->footer("");
+    part->callback([&chosen, run = command.mAddOptions(*part)] { chosen = run; });
+    part->footer(part->get_footer() + (part->get_footer().empty() ? "" : "\n\n") + cExitStatuses);
+}
+
+/// None when the command line asked for help or the version, which have then been printed.
+Run readCommandLine(CLI::App& app, int argc, char** argv, std::span<const Command* const> commands)
+{
+    app.formatter(std::make_shared<HelpFormatter>(cExamples));
+    app.footer(std::string("zunic_inspect COMMAND --help tells more.\n\n") + cExitStatuses);
+    app.set_version_flag("--version", std::string("zunic_inspect ") + ZUNIC_INSPECT_VERSION,
+                         "Show the version and exit");
+    app.require_subcommand(0, 1);
+    Run chosen;
+    for (const Command* const command : commands) {
+        addCommand(app, *command, chosen);
+    }
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::Success& request) {
+        app.exit(request, std::cout, std::cerr);
+        return nullptr;
+    } catch (const CLI::ParseError& error) {
+        throw UsageMistake(firstLine(error.what()) + " (see --help)");
+    }
+    if (!chosen) {
+        throw UsageMistake("which command? (see --help)");
+    }
+    return chosen;
+}
+
+ExitStatus fail(ExitStatus status, const std::string& why)
+{
+    complain(why);
+    return status;
+}
+
+/// Whoever reads our answer may have read enough of it: nothing to complain about.
+ExitStatus afterFailedWrite(int error)
+{
+    if (error == EPIPE) {
+        return eExitYes;
+    }
+    return fail(eExitFailed, std::string("cannot write to standard output: ") + std::strerror(error));
+}
+
+ExitStatus answer(int argc, char** argv, std::span<const Command* const> commands)
+{
+    CLI::App app("Looks into a Zunic bus that is in use, or into the saved state of one.", "zunic_inspect");
+    const Run run = readCommandLine(app, argc, argv, commands);
+    const ExitStatus status = run ? run(std::cout) : eExitYes;
+    std::cout.flush();
+    return status;
+}
+
+} // namespace
+
+void complain(const std::string& text)
+{
+    std::cerr << "zunic_inspect: " + printable(text, Blanks::eKept) + "\n";
+}
+
+void appendQuoted(std::string& names, const std::string& name)
+{
+    names += names.empty() ? "\"" : ", \"";
+    names += name + '"';
+}
+
+ExitStatus runCommandLine(int argc, char** argv, std::span<const Command* const> commands)
+{
+    openStandardStreams();
+    std::setlocale(LC_CTYPE, "");
+    std::ios::sync_with_stdio(false);
+    std::cout.exceptions(std::ios::badbit | std::ios::failbit);
+    std::cerr.tie(nullptr); // What cannot be written shall not keep us from saying so.
+    try {
+        return answer(argc, argv, commands);
+    } catch (const Failure& failure) {
+        return fail(failure.status(), failure.what());
+    } catch (const std::ios::failure&) {
+        return afterFailedWrite(errno);
+    } catch (const std::exception& error) {
+        return fail(eExitFailed, error.what());
+    }
+}
+
+} // namespace Inspect

@@ -1,0 +1,36 @@
+#include "inspect/cli/durations.h"
+
+#include "inspect/cli/command.h"
+
+#include <CLI/CLI.hpp>
+
+#include <cstdint>
+#include <map>
+
+namespace Inspect {
+
+using std::chrono::milliseconds;
+
+std::optional<milliseconds> readDuration(const char* option, const std::string& text)
+{
+    if (text == "none") {
+        return std::nullopt;
+    }
+    if (text == "0") {
+        return milliseconds(0);
+    }
+    const std::map<std::string, std::uint32_t> units{{"ms", 1}, {"s", 1000}, {"m", 60'000}, {"h", 3'600'000}};
+    const CLI::AsNumberWithUnit inMilliseconds(units, CLI::AsNumberWithUnit::UNIT_REQUIRED);
+    std::string number = text; // The validator puts the number in place of the text.
+    try {
+        if (text.find_first_of("+-") == std::string::npos && inMilliseconds(number).empty()) {
+            return milliseconds(std::stoul(number));
+        }
+    } catch (const CLI::ValidationError&) {
+        // As below.
+    }
+    throw UsageMistake(std::string(option) +
+                       ": expected a time such as 10s, 500ms, 2m or 1h (49 days at most), 0, or none");
+}
+
+} // namespace Inspect

@@ -1,0 +1,15 @@
+#ifndef INSPECT_CLI_DURATIONS_H
+#define INSPECT_CLI_DURATIONS_H
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+namespace Inspect {
+
+/// "500ms", "10s", "2m", "1h", "0", or "none", which has no value. Throws UsageMistake, which names the option.
+std::optional<std::chrono::milliseconds> readDuration(const char* option, const std::string& text);
+
+} // namespace Inspect
+
+#endif

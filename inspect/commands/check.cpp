@@ -1,0 +1,214 @@
+#include "inspect/commands/check.h"
+
+#include "inspect/commands/shared_options.h"
+#include "inspect/findings/contract/contract.h"
+#include "inspect/saved/json_rows.h"
+#include "inspect/view/cells.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <memory>
+
+namespace Inspect {
+
+namespace {
+
+constexpr auto cCheckSchema = "zunic-bus-check/1"; ///< as docs/bus_check.schema.json tells it
+
+const char* colorOf(Severity severity)
+{
+    switch (severity) {
+    case Severity::eError:
+        return cBadColor;
+    case Severity::eWarning:
+        return cUneasyColor;
+    case Severity::eNote:
+        break;
+    }
+    return nullptr;
+}
+
+Cell idCell(const Subject& subject)
+{
+    return subject.mKind == SubjectKind::eBus ? Cell{} : numberCell(subject.mId);
+}
+
+std::string tableOf(const std::vector<Finding>& findings, const TableLook& look)
+{
+    Table table({{"SEVERITY", Kind::eWord},
+                 {"CODE", Kind::eWord},
+                 {"WHAT", Kind::eWord},
+                 {"ID", Kind::eNumber},
+                 {"NAME"},
+                 {"EVIDENCE"},
+                 {"LOOK AT"}},
+                look);
+    for (const Finding& finding : findings) {
+        table.addLine({{severityWord(finding.mSeverity), colorOf(finding.mSeverity)},
+                       {finding.mCode},
+                       {subjectWord(finding.mSubject.mKind)},
+                       idCell(finding.mSubject),
+                       {finding.mSubject.mName},
+                       {finding.mEvidence, nullptr, Blanks::eKept},
+                       {finding.mAdvice, nullptr, Blanks::eKept}});
+    }
+    return table.text();
+}
+
+void writeJson(const std::vector<Finding>& findings, std::ostream& out)
+{
+    JsonRows rows(out, cCheckSchema, "findings");
+    for (const Finding& finding : findings) {
+        rows.add(toJson(finding));
+    }
+    rows.end();
+}
+
+Contract readContractFile(const std::string& file)
+{
+    std::ifstream in(file, std::ios::binary);
+    if (!in.is_open()) {
+        throw NoState(file + ": " + std::strerror(errno));
+    }
+    try {
+        return readContract(in);
+    } catch (const NoState& error) {
+        throw NoState(file + ": " + error.what());
+    }
+}
+
+/// With a contract, a stub without a provider is no matter of taste any more.
+void addBreaches(const Contract& contract, const BusState& state, std::vector<Finding>& findings)
+{
+    for (Finding& finding : findings) {
+        if (finding.mCode == std::string_view("no-provider")) {
+            finding.mSeverity = Severity::eError;
+        }
+    }
+    const std::vector<Finding> breaches = compareWithContract(contract, state);
+    findings.insert(findings.begin(), breaches.begin(), breaches.end());
+    std::ranges::stable_sort(findings, std::ranges::greater(), &Finding::mSeverity);
+}
+
+struct CheckCommandLine
+{
+    CheckOptions mOptions;
+    std::string mExplained; ///< a code; empty: check
+};
+
+std::string codesHelp()
+{
+    std::string text = "Codes, each with the gravest severity that it can have:";
+    for (const auto kinds : {findingKinds(), contractKinds()}) {
+        for (const FindingKind& kind : kinds) {
+            std::string code = kind.mCode;
+            code.resize(22, ' ');
+            text += "\n  " + code + severityWord(kind.mSeverity);
+        }
+    }
+    return text;
+}
+
+const FindingKind& requireKind(const char* option, const std::string& code)
+{
+    if (const FindingKind* const kind = findingKind(code)) {
+        return *kind;
+    }
+    throw UsageMistake(std::string(option) + ": there is no finding \"" + code + "\" (see --help)");
+}
+
+void addFailOnOption(CLI::App& part, CheckOptions& options)
+{
+    part.add_option_function<std::string>(
+            "--fail-on",
+            [&options](const std::string& word) {
+                for (const Severity severity : {Severity::eNote, Severity::eWarning, Severity::eError}) {
+                    if (word == severityWord(severity)) {
+                        options.mFailOn = severity;
+                    }
+                }
+            },
+            "Exit status 1 if there is an error, a warning or worse, or a note or worse (error)")
+        ->check(CLI::IsMember({"error", "warning", "note"}).description(""))
+        ->type_name("SEVERITY");
+}
+
+ExitStatus run(const CheckCommandLine& line, std::ostream& out)
+{
+    for (const std::string& code : line.mOptions.mIgnored) {
+        requireKind("--ignore", code);
+    }
+    if (line.mExplained.empty()) {
+        return runCheck(line.mOptions, out);
+    }
+    explain(requireKind("--explain", line.mExplained), out);
+    return eExitYes;
+}
+
+Run addCheckOptions(CLI::App& part)
+{
+    const auto line = std::make_shared<CheckCommandLine>();
+    CheckOptions& options = line->mOptions;
+    addLookSourceOptions(part, options.mSource);
+    part.add_flag("--json", options.mJson, "JSON instead of a table");
+    addFailOnOption(part, options);
+    part.add_option("--ignore", options.mIgnored, "Leave out this finding; may be given again")
+        ->type_name("CODE")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    part.add_option("--expect", options.mContract, "Hold the bus against this contract, too (see save --as-contract)")
+        ->type_name("FILE")
+        ->check([](const std::string& file) { return file.empty() ? "expected the name of a file" : ""; }, "");
+    part.add_option("--explain", line->mExplained, "Tell what a finding means, and do not look at all")
+        ->type_name("CODE");
+    addLookOptions(part, options.mLook);
+    part.footer(codesHelp());
+    return [line](std::ostream& out) { return run(*line, out); };
+}
+
+} // namespace
+
+ExitStatus runCheck(const CheckOptions& options, std::ostream& out)
+{
+    std::optional<Contract> contract;
+    if (!options.mContract.empty()) {
+        contract = readContractFile(options.mContract);
+    }
+    const std::vector<BusState> looks = takeLooks(options.mSource);
+    std::vector<Finding> findings = findAll(looks.back(), looks.size() > 1 ? &looks.front() : nullptr);
+    if (contract) {
+        addBreaches(*contract, looks.back(), findings);
+    }
+    std::erase_if(findings, [&](const Finding& finding) {
+        return std::ranges::find(options.mIgnored, finding.mCode) != options.mIgnored.end();
+    });
+    if (options.mJson) {
+        writeJson(findings, out);
+    } else if (findings.empty()) {
+        complain("no findings");
+    } else {
+        out << tableOf(findings, options.mLook);
+    }
+    const bool isFailed =
+        std::ranges::any_of(findings, [&](const Finding& finding) { return finding.mSeverity >= options.mFailOn; });
+    return isFailed ? eExitNo : eExitYes;
+}
+
+void explain(const FindingKind& kind, std::ostream& out)
+{
+    out << kind.mCode << " (at most " << severityWord(kind.mSeverity) << ")\n\n"
+        << "True when: " << kind.mDefinition << "\nWhy it matters: " << kind.mReason
+        << "\nFalse alarms: " << kind.mFalseAlarms << '\n';
+}
+
+const Command cCheckCommand{"check", "Tell what is wrong with a bus",
+                            "  zunic_inspect check                            two looks, two seconds apart\n"
+                            "  zunic_inspect check --fail-on warning --again 0 one look, strict, for a build\n"
+                            "  zunic_inspect check --expect contract.json      what has to be there, too\n"
+                            "  zunic_inspect check --from a.json --from b.json two saved states, the older one first\n"
+                            "  zunic_inspect check --explain stuck-slot        what that means\n",
+                            addCheckOptions};
+
+} // namespace Inspect

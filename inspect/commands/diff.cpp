@@ -1,0 +1,117 @@
+#include "inspect/commands/diff.h"
+
+#include "inspect/changes/wording.h"
+#include "inspect/commands/shared_options.h"
+#include "inspect/commands/source.h"
+
+#include <memory>
+
+namespace Inspect {
+
+namespace {
+
+void writeText(std::ostream& out, const std::vector<Change>& changes, bool isColored)
+{
+    for (const Change& change : changes) {
+        const std::string line = lineOf(change);
+        out << (isColored ? colored(line) : line) << '\n';
+    }
+}
+
+Json whereAndWhen(const BusState& state)
+{
+    return {{"channel", nameToJson(state.mChannel)}, {"taken_at", timeText(state.mTakenAt)}};
+}
+
+void writeJson(std::ostream& out, const BusState& before, const BusState& now, const std::vector<Change>& changes)
+{
+    out << "{\"schema\":" << Json(cDiffSchema) << ",\n\"before\":" << whereAndWhen(before)
+        << ",\n\"now\":" << whereAndWhen(now) << ",\n\"changes\":[";
+    const char* separator = "\n";
+    for (const Change& change : changes) {
+        out << separator << toJson(change);
+        separator = ",\n";
+    }
+    out << "\n]}\n";
+}
+
+void addFile(CLI::App& part, const char* name, std::string& file, const char* meaning)
+{
+    part.add_option(name, file, meaning)
+        ->type_name("")
+        ->check([](const std::string& given) { return given.empty() ? "expected the name of a file" : ""; }, "")
+        ->multi_option_policy(CLI::MultiOptionPolicy::Throw);
+}
+
+Run addDiffOptions(CLI::App& part)
+{
+    const auto options = std::make_shared<DiffOptions>();
+    addFile(part, "A", options->mBefore, "The saved state to begin with; \"-\" is standard input");
+    addFile(part, "B", options->mNow, "The one to compare it with; if none is given, the bus as it is now");
+    part.get_option("A")->required();
+    addChannelOption(part, options->mChannel)->excludes(part.get_option("B"));
+    addChangeOptions(part, options->mChanges, "One JSON document instead of lines");
+    part.footer(
+        "Lines that begin with + are about what came, with - about what went, with ~ about what is another one\n"
+        "than before, or was restarted: the same by name and place, with another id.\n\n"
+        "The exit status is 0 when nothing differs, and 1 when something does.");
+    return [options](std::ostream& out) {
+        if (options->mBefore == "-" && options->mNow == "-") {
+            throw UsageMistake("only one of two states can be read from standard input");
+        }
+        return runDiff(*options, out);
+    };
+}
+
+} // namespace
+
+void dropIgnored(std::vector<Change>& changes, const ChangeOptions& options)
+{
+    std::erase_if(changes,
+                  [&](const Change& change) { return options.mIsIgnored.at(static_cast<std::size_t>(change.mKind)); });
+}
+
+ExitStatus runDiff(const DiffOptions& options, std::ostream& out)
+{
+    const BusState before = readSource({.mChannel = {}, .mFrom = options.mBefore}, Wanted::everything());
+    const BusState now = readSource({.mChannel = options.mChannel, .mFrom = options.mNow}, Wanted::everything());
+    std::vector<Change> changes = changesBetween(before, now);
+    dropIgnored(changes, options.mChanges);
+    if (options.mChanges.mJson) {
+        writeJson(out, before, now, changes);
+    } else {
+        writeText(out, changes, options.mChanges.mColors);
+    }
+    return changes.empty() ? eExitYes : eExitNo;
+}
+
+void addChangeOptions(CLI::App& part, ChangeOptions& options, const char* jsonMeaning)
+{
+    std::vector<std::string> words;
+    for (std::size_t kind = 0; kind < cChangeKinds; ++kind) {
+        words.emplace_back(kindWord(static_cast<ChangeKind>(kind)));
+    }
+    const auto ignore = [&options, words](const std::vector<std::string>& given) {
+        for (std::size_t kind = 0; kind < cChangeKinds; ++kind) {
+            options.mIsIgnored.at(kind) = std::ranges::count(given, words[kind]) > 0;
+        }
+    };
+    part.add_option_function<std::vector<std::string>>(
+            "--ignore", ignore, "Leave out: process, interface, link, memory or messages; several with commas")
+        ->check(CLI::IsMember(words).description(""))
+        ->delimiter(',')
+        ->allow_extra_args(false)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+        ->type_name("KIND,...");
+    part.add_flag("--json", options.mJson, jsonMeaning);
+    addColorOption(part, options.mColors);
+}
+
+const Command cDiffCommand{
+    "diff", "Show what differs between two states of a bus",
+    "  zunic_inspect diff monday.json               what has changed on the channel OXABus since then\n"
+    "  zunic_inspect diff monday.json tuesday.json  what had changed in between\n"
+    "  zunic_inspect diff good.json --ignore messages,memory && echo as it was\n",
+    addDiffOptions};
+
+} // namespace Inspect

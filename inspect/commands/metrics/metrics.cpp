@@ -1,0 +1,237 @@
+#include "inspect/commands/metrics/metrics.h"
+
+#include "inspect/bus/words.h"
+#include "inspect/commands/metrics/metrics_text.h"
+#include "inspect/commands/shared_options.h"
+#include "inspect/findings/findings.h"
+#include "inspect/live/take_state.h"
+#include "inspect/saved/whole_file.h"
+
+#include <algorithm>
+#include <functional>
+#include <map>
+#include <memory>
+#include <set>
+#include <utility>
+
+namespace Inspect {
+
+namespace {
+
+struct Looks
+{
+    const BusState& mNow;
+    const BusState* mBefore; ///< null when there is one look only
+};
+
+struct Metric
+{
+    const char* mName;
+    const char* mHelp;
+    void (*mAdd)(MetricsText& text, const Looks& looks);
+};
+
+/// A number that means nothing has no word: a damaged bus would give Prometheus a series for each.
+std::string wordOrOther(std::uint32_t number, std::string (*wordFor)(std::uint32_t),
+                        std::optional<std::uint32_t> (*numberFor)(std::string_view))
+{
+    const std::string word = wordFor(number);
+    return numberFor(word) == number ? word : "other";
+}
+
+void addInterfaces(MetricsText& text, const Looks& looks)
+{
+    std::map<std::pair<std::string, std::string>, std::size_t> counts;
+    for (const char* const type : {"skeleton", "stub"}) {
+        for (const char* const state : {"registered", "preregistered"}) {
+            counts[{type, state}] = 0; // Nothing can be said about a series that comes and goes.
+        }
+    }
+    for (const Interface& interface : looks.mNow.mInterfaces) {
+        ++counts[{wordOrOther(interface.mType, typeWord, typeOf), wordOrOther(interface.mState, stateWord, stateOf)}];
+    }
+    for (const auto& [words, count] : counts) {
+        text.add(static_cast<double>(count), {{"type", words.first}, {"state", words.second}});
+    }
+}
+
+void addLinks(MetricsText& text, const Looks& looks)
+{
+    std::size_t links = 0;
+    for (const Interface& interface : looks.mNow.mInterfaces) {
+        links += interface.mReceivers.size();
+    }
+    text.add(static_cast<double>(links));
+}
+
+void addCommunicators(MetricsText& text, const Looks& looks)
+{
+    text.add(static_cast<double>(looks.mNow.mCommunicators.size()));
+}
+
+void addDeadProcesses(MetricsText& text, const Looks& looks)
+{
+    std::set<std::uint32_t> dead;
+    for (const Communicator& communicator : looks.mNow.mCommunicators) {
+        if (communicator.mProcess.mLiving == Living::eNo) {
+            dead.insert(communicator.mProcessId);
+        }
+    }
+    text.add(static_cast<double>(dead.size()));
+}
+
+void addSlots(MetricsText& text, const Looks& looks)
+{
+    const SlotTotals& totals = looks.mNow.mMessages.mTotals;
+    text.add(totals.mFree, {{"state", slotStateWord(Channel::eSlotStateFree)}});
+    text.add(totals.mReserved, {{"state", slotStateWord(Channel::eSlotStateReserved)}});
+    text.add(totals.mWritten, {{"state", slotStateWord(Channel::eSlotStateWritten)}});
+    text.add(totals.mMessage, {{"state", slotStateWord(Channel::eSlotStateMessage)}});
+    text.add(totals.mData, {{"state", slotStateWord(Channel::eSlotStateData)}});
+}
+
+void addWriterCounter(MetricsText& text, const Looks& looks)
+{
+    text.add(looks.mNow.mMessages.mWriterCounter);
+}
+
+template <std::uint64_t Channel::MemoryManagerFigures::*figure>
+void addOfEachManager(MetricsText& text, const Looks& looks)
+{
+    std::size_t index = 0;
+    for (const Channel::MemoryManagerFigures& figures : looks.mNow.mMemoryManagers) {
+        text.add(static_cast<double>(figures.*figure), {{"manager", std::to_string(index++)}});
+    }
+}
+
+/// Those that are not there, too: an alert has to see how they vanish.
+void addFindings(MetricsText& text, const Looks& looks)
+{
+    std::map<std::pair<std::string, Severity>, std::size_t> counts;
+    for (const FindingKind& kind : findingKinds()) {
+        for (const Severity severity : {Severity::eError, Severity::eWarning, Severity::eNote}) {
+            if (severity <= kind.mSeverity) {
+                counts[{kind.mCode, severity}] = 0;
+            }
+        }
+    }
+    for (const Finding& finding : findAll(looks.mNow, looks.mBefore)) {
+        ++counts[{finding.mCode, finding.mSeverity}];
+    }
+    for (const auto& [what, count] : counts) {
+        text.add(static_cast<double>(count), {{"code", what.first}, {"severity", severityWord(what.second)}});
+    }
+}
+
+void addMutexHeld(MetricsText& text, const Looks& looks)
+{
+    text.add(looks.mNow.mMutexHeld);
+}
+
+void addTaken(MetricsText& text, const Looks& looks)
+{
+    text.add(looks.mNow.mTakenAt);
+}
+
+constexpr Metric cTaken{"zunic_taken_timestamp_seconds", "When the bus was looked at, since 1970 in UTC.", addTaken};
+
+constexpr std::initializer_list<Metric> cMetrics{
+    cTaken,
+    {"zunic_interfaces", "Interfaces in use, by type and registration state.", addInterfaces},
+    {"zunic_links", "Interfaces named in the receiver sets of all interfaces in use.", addLinks},
+    {"zunic_communicators", "Registered communicators.", addCommunicators},
+    {"zunic_dead_processes", "Processes with a registered communicator that do not exist, or are zombies.",
+     addDeadProcesses},
+    {"zunic_message_slots", "Message slots, by state.", addSlots},
+    {"zunic_messages_written_modulo_65536", "The writer counter: messages written so far, modulo 65,536.",
+     addWriterCounter},
+    {"zunic_memory_blocks", "Blocks that a memory manager has.",
+     addOfEachManager<&Channel::MemoryManagerFigures::mTotalBlocks>},
+    {"zunic_memory_blocks_used", "Blocks of a memory manager that are in use.",
+     addOfEachManager<&Channel::MemoryManagerFigures::mUsedBlocks>},
+    {"zunic_memory_block_size_bytes", "Size of each block of a memory manager.",
+     addOfEachManager<&Channel::MemoryManagerFigures::mBlockSize>},
+    {"zunic_findings", "What is wrong with the bus, by code and severity, as zunic_inspect check has it.", addFindings},
+    {"zunic_mutex_held_seconds", "How long this look held the mutex of the registry.", addMutexHeld},
+};
+
+void beginWithUp(MetricsText& text, bool isUp)
+{
+    text.begin("zunic_up", "1 if the bus could be read; 0 if there is none, or its mutex could not be taken.");
+    text.add(isUp ? 1 : 0);
+}
+
+void add(MetricsText& text, const Metric& metric, const Looks& looks)
+{
+    text.begin(metric.mName, metric.mHelp);
+    metric.mAdd(text, looks);
+}
+
+void deliver(const MetricsOptions& options, std::ostream& out, const std::function<void(std::ostream&)>& write)
+{
+    if (options.mOutput.empty()) {
+        write(out);
+    } else {
+        writeWholeFile(options.mOutput, cForEveryone, write);
+    }
+}
+
+Run addMetricsOptions(CLI::App& part)
+{
+    const auto options = std::make_shared<MetricsOptions>();
+    addLookSourceOptions(part, options->mSource);
+    part.add_option("--output", options->mOutput, "Write this file, for everyone to read, instead of standard output")
+        ->type_name("FILE")
+        ->check(complaintAboutFile, "");
+    part.footer("The file is replaced in one move when all of it is written. When the channel cannot be read, it says\n"
+                "zunic_up 0, and the exit status is 4. Findings that show only over time need the second look.");
+    return [options](std::ostream& out) { return runMetrics(*options, out); };
+}
+
+} // namespace
+
+void writeMetrics(std::ostream& out, const BusState& now, const BusState* before)
+{
+    MetricsText text(out, now.mChannel);
+    beginWithUp(text, true);
+    for (const Metric& metric : cMetrics) {
+        add(text, metric, {now, before});
+    }
+    text.end();
+}
+
+void writeNoBus(std::ostream& out, const std::string& channel, std::chrono::milliseconds time)
+{
+    BusState none;
+    none.mTakenAt = time;
+    MetricsText text(out, channel);
+    beginWithUp(text, false);
+    add(text, cTaken, {none, nullptr});
+    text.end();
+}
+
+ExitStatus runMetrics(const MetricsOptions& options, std::ostream& out)
+{
+    try {
+        const std::vector<BusState> looks = takeLooks(options.mSource);
+        const BusState* const before = looks.size() > 1 ? &looks.front() : nullptr;
+        deliver(options, out, [&](std::ostream& to) { writeMetrics(to, looks.back(), before); });
+        return eExitYes;
+    } catch (const NoChannel&) {
+        const auto now = std::chrono::system_clock::now().time_since_epoch();
+        deliver(options, out, [&](std::ostream& to) {
+            writeNoBus(to, options.mSource.mChannel, std::chrono::duration_cast<std::chrono::milliseconds>(now));
+        });
+        throw;
+    }
+}
+
+const Command cMetricsCommand{
+    "metrics", "Tell the figures of a bus to Prometheus, as OpenMetrics text",
+    "  zunic_inspect metrics                           two looks, two seconds apart\n"
+    "  zunic_inspect metrics --again 0                 one look, without what shows only over time\n"
+    "  zunic_inspect metrics --output /var/lib/prometheus/node-exporter/zunic.prom\n"
+    "                                                  for the node exporter: every minute, by cron\n",
+    addMetricsOptions};
+
+} // namespace Inspect

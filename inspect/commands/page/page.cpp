@@ -1,0 +1,58 @@
+#include "inspect/commands/page/page.h"
+
+#include "inspect/commands/page/page_data.h"
+#include "inspect/commands/page/page_text.h"
+#include "inspect/commands/shared_options.h"
+#include "inspect/saved/whole_file.h"
+
+#include <memory>
+
+namespace Inspect {
+
+namespace {
+
+struct PageOptions
+{
+    SourceOptions mSource;
+    std::string mFile; ///< "-": standard output
+};
+
+ExitStatus runPage(const PageOptions& options, std::ostream& out)
+{
+    const BusState state = readSource(options.mSource, Wanted::everything());
+    const std::vector<Finding> findings = findAll(state);
+    if (options.mFile == "-") {
+        writePage(out, state, findings);
+    } else {
+        writeWholeFile(options.mFile, cOwnerOnly, [&](std::ostream& file) { writePage(file, state, findings); });
+    }
+    return eExitYes;
+}
+
+Run addPageOptions(CLI::App& part)
+{
+    const auto options = std::make_shared<PageOptions>();
+    part.add_option("file", options->mFile, "The file to write, as HTML; \"-\" is standard output")
+        ->required()
+        ->type_name("FILE")
+        ->multi_option_policy(CLI::MultiOptionPolicy::Throw);
+    addSourceOptions(part, options->mSource);
+    part.footer(
+        "The page needs no network and no other file. It is replaced in one move when all of it is written, and\n"
+        "only its owner may read it.");
+    return [options](std::ostream& out) { return runPage(*options, out); };
+}
+
+} // namespace
+
+void writePage(std::ostream& out, const BusState& state, const std::vector<Finding>& findings)
+{
+    out << cPageBeforeData << pageData(state, findings) << cPageAfterData;
+}
+
+const Command cPageCommand{"page", "Write a page for a browser: search, walk, see what is full or dead",
+                           "  zunic_inspect page bus.html                  the bus as it is now\n"
+                           "  zunic_inspect page bus.html --from bus.json  as it was when it was saved\n",
+                           addPageOptions};
+
+} // namespace Inspect

@@ -1,0 +1,20 @@
+#ifndef INSPECT_COMMANDS_PAGE_PAGE_H
+#define INSPECT_COMMANDS_PAGE_PAGE_H
+
+#include "inspect/cli/command.h"
+#include "inspect/findings/findings.h"
+
+#include <ostream>
+#include <vector>
+
+namespace Inspect {
+
+extern const Command cPageCommand;
+
+/// Writes one HTML page that shows the state and what is wrong with it, and needs nothing beside it. The stream tells
+/// of failures.
+void writePage(std::ostream& out, const BusState& state, const std::vector<Finding>& findings);
+
+} // namespace Inspect
+
+#endif

@@ -1,0 +1,57 @@
+#include "inspect/commands/save.h"
+#include "inspect/commands/shared_options.h"
+#include "inspect/findings/contract/contract.h"
+#include "inspect/live/take_state.h"
+#include "inspect/saved/state_json.h"
+#include "inspect/saved/whole_file.h"
+
+#include <memory>
+
+namespace Inspect {
+
+namespace {
+
+struct SaveOptions
+{
+    std::string mChannel = "OXABus";
+    std::string mFile; ///< "-": standard output
+    bool mAsContract = false;
+};
+
+ExitStatus runSave(const SaveOptions& options, std::ostream& out)
+{
+    const BusState state = takeState(options.mChannel, Wanted::everything());
+    const auto write = [&](std::ostream& file) {
+        options.mAsContract ? writeContract(file, state) : writeState(file, state);
+    };
+    if (options.mFile == "-") {
+        write(out);
+    } else {
+        writeWholeFile(options.mFile, cOwnerOnly, write);
+    }
+    return eExitYes;
+}
+
+Run addSaveOptions(CLI::App& part)
+{
+    const auto options = std::make_shared<SaveOptions>();
+    part.add_option("file", options->mFile, "The file to write, as JSON; \"-\" is standard output")
+        ->required()
+        ->type_name("FILE")
+        ->multi_option_policy(CLI::MultiOptionPolicy::Throw);
+    addChannelOption(part, options->mChannel);
+    part.add_flag("--as-contract", options->mAsContract,
+                  "Write a contract in place of the state, for check --expect: what is there now is expected");
+    part.footer("The file is replaced in one move when all of it is written, and only its owner may read it.");
+    return [options](std::ostream& out) { return runSave(*options, out); };
+}
+
+} // namespace
+
+const Command cSaveCommand{
+    "save", "Keep the state of a bus in a file",
+    "  zunic_inspect save bus.json                  look at it later by --from bus.json\n"
+    "  zunic_inspect save - | gzip >bus.json.gz     and by zcat bus.json.gz | zunic_inspect list --from -\n",
+    addSaveOptions};
+
+} // namespace Inspect

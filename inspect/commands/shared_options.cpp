@@ -1,0 +1,101 @@
+#include "inspect/commands/shared_options.h"
+
+#include "inspect/bus/words.h"
+#include "inspect/cli/command.h"
+#include "inspect/cli/durations.h"
+#include "inspect/findings/contract/contract.h"
+#include "inspect/findings/findings.h"
+
+#include <algorithm>
+#include <string_view>
+
+namespace Inspect {
+
+namespace {
+
+CLI::Option* addPattern(CLI::App& part, const char* option, std::optional<std::string>& pattern, const char* meaning)
+{
+    return part.add_option(option, pattern, meaning)->type_name("PATTERN")->group("Filters");
+}
+
+/// An option for one of the words, of which `numberOf` knows the number.
+void addWord(CLI::App& part, const char* option, std::optional<std::uint32_t>& number,
+             std::optional<std::uint32_t> (*numberOf)(std::string_view), std::vector<std::string> words,
+             const char* meaning)
+{
+    part.add_option_function<std::string>(
+            option, [&number, numberOf](const std::string& word) { number = numberOf(word); }, meaning)
+        ->check(CLI::IsMember(std::move(words)).description(""))
+        ->type_name("WORD")
+        ->group("Filters");
+}
+
+void addLook(LookSource& source, const std::string& file)
+{
+    if (source.mFrom.size() == 2) {
+        throw UsageMistake("--from: two states at most, the older one first");
+    }
+    source.mFrom.push_back(file);
+}
+
+} // namespace
+
+void addSourceOptions(CLI::App& part, SourceOptions& source)
+{
+    CLI::Option* const channel = addChannelOption(part, source.mChannel);
+    part.add_option("--from", source.mFrom, "Look into this saved state instead; \"-\" is standard input")
+        ->type_name("FILE")
+        ->check(complaintAboutFile, "")
+        ->excludes(channel);
+}
+
+void addLookSourceOptions(CLI::App& part, LookSource& source)
+{
+    CLI::Option* const channel = addChannelOption(part, source.mChannel);
+    // CLI11 would keep the last one, or take two apart at a comma in a name.
+    part.add_option_function<std::string>(
+            "--from", [&source](const std::string& file) { addLook(source, file); },
+            "Look into this saved state instead, \"-\" for standard input; twice: two looks, the older one first")
+        ->type_name("FILE")
+        ->check(complaintAboutFile, "")
+        ->trigger_on_parse()
+        ->excludes(channel);
+    part.add_option_function<std::string>(
+            "--again",
+            [&source](const std::string& text) {
+                source.mAgain = readDuration("--again", text).value_or(std::chrono::milliseconds(0));
+            },
+            "Look a second time after this, for what shows only over time: 2s, 500ms; 0: one look (2s)")
+        ->type_name("TIME");
+}
+
+void addFilterOptions(CLI::App& part, InterfaceFilter& filter)
+{
+    addPattern(part, "--role", filter.mRole, "Role names like this");
+    addPattern(part, "--domain", filter.mDomain, "Domain names like this");
+    addPattern(part, "--app", filter.mOwner.mApplication, "Applications like this");
+    part.add_option("--pid", filter.mOwner.mProcessId, "The process with this id")->type_name("PID")->group("Filters");
+    addWord(part, "--type", filter.mType, typeOf, {"skeleton", "stub"}, "skeleton (provides) or stub (uses)");
+    addWord(part, "--state", filter.mState, stateOf, {"registered", "preregistered", "any"},
+            "registered, preregistered (required) or any");
+}
+
+void addLookOptions(CLI::App& part, TableLook& look)
+{
+    part.add_flag(
+        "--noheadings", [&look](std::int64_t) { look.mHeadings = false; }, "Leave out the headings");
+    addColorOption(part, look.mColors);
+}
+
+const FindingKind* findingKind(const std::string& code)
+{
+    for (const auto kinds : {findingKinds(), contractKinds()}) {
+        const auto found = std::ranges::find(kinds, code, &FindingKind::mCode);
+        if (found != kinds.end()) {
+            return &*found;
+        }
+    }
+    return nullptr;
+}
+
+} // namespace Inspect

@@ -1,0 +1,128 @@
+#include "inspect/commands/show.h"
+
+#include "inspect/bus/relations.h"
+#include "inspect/commands/shared_options.h"
+#include "inspect/saved/json_rows.h"
+#include "inspect/view/interface_tree.h"
+
+#include <algorithm>
+#include <charconv>
+#include <memory>
+
+namespace Inspect {
+
+namespace {
+
+/// As a name and, if it is a number, as an id.
+bool fits(const std::string& word, const Interface& interface)
+{
+    std::uint16_t id = 0;
+    const char* const end = word.data() + word.size();
+    const auto [stop, error] = std::from_chars(word.data(), end, id);
+    const bool isId = error == std::errc{} && stop == end;
+    return word == interface.mName || (isId && id == interface.mId);
+}
+
+std::vector<const Interface*> fitting(const std::vector<std::string>& words, const BusState& state)
+{
+    std::vector<const Interface*> found;
+    for (const Interface& interface : state.mInterfaces) {
+        if (std::ranges::any_of(words, [&](const std::string& word) { return fits(word, interface); })) {
+            found.push_back(&interface);
+        }
+    }
+    return found;
+}
+
+/// Those of the words that fit none, for a complaint.
+std::string missing(const std::vector<std::string>& words, const std::vector<const Interface*>& found)
+{
+    std::string text;
+    for (const std::string& word : words) {
+        if (std::ranges::none_of(found, [&](const Interface* interface) { return fits(word, *interface); })) {
+            appendQuoted(text, word);
+        }
+    }
+    return text;
+}
+
+Json ownerJson(const Owners& owners, const Interface& interface)
+{
+    const Communicator* const owner = owners.of(interface);
+    return owner == nullptr ? Json() : toJson(*owner);
+}
+
+/// The other side of a connection: who it is, and whose.
+Json otherSide(const Owners& owners, const Interface& interface)
+{
+    Json json = toJson(interface);
+    json.erase("functions");
+    json.erase("receivers");
+    json["owner"] = ownerJson(owners, interface);
+    return json;
+}
+
+Json wholeJson(const Interface& interface, const Owners& owners, const Connections& connections)
+{
+    Json json = toJson(interface);
+    json["owner"] = ownerJson(owners, interface);
+    Json& providers = json["providers"] = Json::array();
+    for (const Interface* const holder : connections.holdersOf(interface.mId)) {
+        providers.push_back(otherSide(owners, *holder));
+    }
+    Json& users = json["users"] = Json::array();
+    for (const std::uint16_t id : interface.mReceivers) {
+        for (const Interface* const user : connections.withId(id)) {
+            users.push_back(otherSide(owners, *user));
+        }
+    }
+    return json;
+}
+
+Run addShowOptions(CLI::App& part)
+{
+    const auto options = std::make_shared<ShowOptions>();
+    addWords(part, options->mWords, "NAME|ID", "Its name, or its id; of several each is shown");
+    addSourceOptions(part, options->mSource);
+    part.add_flag("--json", options->mJson, "JSON instead of a tree");
+    addLookOptions(part, options->mLook);
+    return [options](std::ostream& out) { return runShow(*options, out); };
+}
+
+} // namespace
+
+ExitStatus runShow(const ShowOptions& options, std::ostream& out)
+{
+    const BusState state = readSource(options.mSource, {.mFunctions = true, .mProcesses = true});
+    const auto found = fitting(options.mWords, state);
+    if (options.mJson) {
+        writeInterfaceJson(out, found, state);
+    } else {
+        out << interfaceTree(found, state, options.mLook);
+    }
+    const std::string absent = missing(options.mWords, found);
+    if (!absent.empty()) {
+        complain("no such interface: " + absent);
+    }
+    return absent.empty() ? eExitYes : eExitNo;
+}
+
+void writeInterfaceJson(std::ostream& out, const std::vector<const Interface*>& interfaces, const BusState& state)
+{
+    const Owners owners(state);
+    const Connections connections(state);
+    JsonRows rows(out, cListSchema, "interfaces");
+    for (const Interface* const interface : interfaces) {
+        rows.add(wholeJson(*interface, owners, connections));
+    }
+    rows.end();
+}
+
+const Command cShowCommand{"show", "Show an interface whole: owner, functions, who provides it and who uses it",
+                           "  zunic_inspect show Clock                     every interface of that name\n"
+                           "  zunic_inspect show 5                         the interface with that id\n"
+                           "  zunic_inspect show Clock --from bus.json     as it was when the state was saved\n"
+                           "  zunic_inspect show --json Clock | jq .       for a program\n",
+                           addShowOptions};
+
+} // namespace Inspect

@@ -1,0 +1,30 @@
+#ifndef INSPECT_COMMANDS_SHOW_H
+#define INSPECT_COMMANDS_SHOW_H
+
+#include "inspect/cli/command.h"
+#include "inspect/commands/source.h"
+#include "inspect/view/table.h"
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace Inspect {
+
+struct ShowOptions
+{
+    SourceOptions mSource;
+    std::vector<std::string> mWords; ///< names of interfaces, as they are, or ids
+    TableLook mLook;
+    bool mJson = false;
+};
+
+/// Shows each interface that one of the words fits. eExitNo when there is a word that fits none. Throws NoChannel,
+/// NoState.
+ExitStatus runShow(const ShowOptions& options, std::ostream& out);
+
+extern const Command cShowCommand;
+
+} // namespace Inspect
+
+#endif

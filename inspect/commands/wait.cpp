@@ -1,0 +1,99 @@
+#include "inspect/commands/wait.h"
+
+#include "inspect/bus/relations.h"
+#include "inspect/cli/durations.h"
+#include "inspect/commands/shared_options.h"
+#include "inspect/live/look_memory.h"
+#include "inspect/live/take_state.h"
+
+#include <algorithm>
+#include <memory>
+#include <thread>
+
+namespace Inspect {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+/// A change is seen within this, and a look.
+constexpr std::chrono::milliseconds cPause{85};
+
+/// The names that are still waited for, for a complaint.
+std::string missing(const WaitOptions& options, const BusState& state)
+{
+    const Owners owners(state);
+    const auto isThere = [&](const std::string& name) {
+        return std::ranges::any_of(state.mInterfaces, [&](const Interface& interface) {
+            return interface.mName == name && options.mFilter.fits(interface, owners.of(interface));
+        });
+    };
+    std::string names;
+    for (const std::string& name : options.mNames) {
+        if (isThere(name) == options.mIsForGone) {
+            appendQuoted(names, name);
+        }
+    }
+    return names;
+}
+
+/// What is still waited for, in words; nothing when all is as it should be. The channel is attached to for each look
+/// anew: it may have been hosted anew.
+std::string look(const WaitOptions& options)
+{
+    try {
+        const bool areProcessesWanted = options.mFilter.mOwner.mApplication.has_value();
+        const std::string names = missing(options, takeState(options.mChannel, {.mProcesses = areProcessesWanted}));
+        return names.empty() ? "" : (options.mIsForGone ? "still there: " : "not there: ") + names;
+    } catch (const NoChannel& error) {
+        return options.mIsForGone && error.isMissing() ? "" : error.what();
+    }
+}
+
+Run addWaitOptions(CLI::App& part)
+{
+    const auto options = std::make_shared<WaitOptions>();
+    options->mFilter.mState = oxa_zunic_registration_state_registered;
+    addWords(part, options->mNames, "NAME", "The names of the interfaces to wait for");
+    addChannelOption(part, options->mChannel);
+    part.add_flag("--gone", options->mIsForGone, "Wait until none of them is there any more");
+    part.add_option_function<std::string>(
+            "--timeout", [options](const std::string& text) { options->mTimeout = readDuration("--timeout", text); },
+            "Give up after this: 10s, 500ms, 2m, 1h, or none (30s)")
+        ->type_name("TIME");
+    addFilterOptions(part, options->mFilter);
+    part.footer("An interface is there when it is registered (see --state) and fits the filters.");
+    return [options](std::ostream&) { return runWait(*options); };
+}
+
+} // namespace
+
+ExitStatus runWait(const WaitOptions& options)
+{
+    LookMemory memory;
+    const Clock::time_point begin = Clock::now();
+    for (;;) {
+        // Asked before the look, so that the last one comes when the time is up.
+        const Clock::time_point now = Clock::now();
+        const bool isLast = options.mTimeout && now - begin >= *options.mTimeout;
+        memory.beginAnew();
+        const std::string reason = look(options);
+        if (reason.empty()) {
+            return eExitYes;
+        }
+        if (isLast) {
+            complain("time is up: " + reason);
+            return eExitTimeIsUp;
+        }
+        const Clock::time_point next = now + cPause;
+        std::this_thread::sleep_until(options.mTimeout ? std::min(next, begin + *options.mTimeout) : next);
+    }
+}
+
+const Command cWaitCommand{"wait", "Wait until interfaces are registered, or gone",
+                           "  zunic_inspect wait Clock --type skeleton     until somebody provides Clock\n"
+                           "  zunic_inspect wait Clock Audio --timeout 2m  until both are there, two minutes at most\n"
+                           "  zunic_inspect wait Clock --gone --app clockd until clockd has taken it back\n",
+                           addWaitOptions};
+
+} // namespace Inspect

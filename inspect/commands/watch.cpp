@@ -1,0 +1,277 @@
+#include "inspect/commands/watch.h"
+
+#include "inspect/changes/wording.h"
+#include "inspect/cli/durations.h"
+#include "inspect/cli/printable.h"
+#include "inspect/commands/shared_options.h"
+#include "inspect/findings/findings.h"
+#include "inspect/live/bus_follower.h"
+#include "inspect/live/take_state.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <memory>
+#include <poll.h>
+#include <unistd.h>
+
+namespace Inspect {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+
+milliseconds timeNow()
+{
+    return std::chrono::floor<milliseconds>(std::chrono::system_clock::now()).time_since_epoch();
+}
+
+/// All that has been told is written already.
+void endAtOnce(int)
+{
+    _exit(eExitYes);
+}
+
+void endOnSignals()
+{
+    struct sigaction action = {};
+    action.sa_handler = endAtOnce;
+    for (const int signal : {SIGINT, SIGTERM}) {
+        sigaction(signal, &action, nullptr);
+    }
+}
+
+/// Waits until then; false when there is nobody to read standard output any more.
+bool waitUntil(Clock::time_point then)
+{
+    for (;;) {
+        const auto left = std::chrono::ceil<milliseconds>(then - Clock::now()).count();
+        if (left <= 0) {
+            return true;
+        }
+        pollfd reader{.fd = STDOUT_FILENO, .events = 0, .revents = 0};
+        constexpr milliseconds::rep cLongest = 3'600'000;
+        if (poll(&reader, 1, static_cast<int>(std::min(left, cLongest))) > 0) {
+            return false;
+        }
+    }
+}
+
+/// Writes the lines.
+class Teller
+{
+public:
+    Teller(std::ostream& out, const ChangeOptions& options) : mOut(out), mOptions(options) {}
+
+    void tell(milliseconds time, const Change& change) { write(time, lineOf(change), toJson(change)); }
+
+    /// What is not about two states: "- channel OXABus: gone".
+    void tellOfChannel(milliseconds time, const char* sign, const std::string& channel, const std::string& what)
+    {
+        const char* const change = *sign == '+' ? "added" : "removed";
+        write(time, std::string(sign) + " channel " + printable(channel) + ": " + printable(what, Blanks::eKept),
+              {{"change", change}, {"kind", "channel"}, {"channel", nameToJson(channel)}, {"what", nameToJson(what)}});
+    }
+
+    void tellFinding(milliseconds time, const Finding& finding)
+    {
+        const Subject& subject = finding.mSubject;
+        const bool isNamed = !subject.mName.empty();
+        Json json{{"change", "found"}, {"kind", "finding"}};
+        json.update(toJson(finding));
+        write(time,
+              std::string("! ") + finding.mCode + ' ' + subjectWord(subject.mKind) + ' ' + std::to_string(subject.mId) +
+                  (isNamed ? ' ' + printable(subject.mName) : "") + ": " + printable(finding.mEvidence, Blanks::eKept),
+              json);
+    }
+
+private:
+    void write(milliseconds time, const std::string& line, const Json& json)
+    {
+        if (mOptions.mJson) {
+            Json object{{"schema", cDiffSchema}, {"time", timeText(time)}};
+            object.update(json);
+            mOut << object << std::endl;
+        } else {
+            mOut << timeText(time) << ' ' << (mOptions.mColors ? colored(line) : line) << std::endl;
+        }
+    }
+
+    std::ostream& mOut;
+    const ChangeOptions& mOptions;
+};
+
+/// Findings that show only over time take two looks that are some time apart: what is on its way through the bus is in
+/// its place by then.
+class AwaitedFindings
+{
+public:
+    explicit AwaitedFindings(const WatchOptions& options) : mOptions(options) {}
+
+    /// Those that are waited for.
+    std::vector<Finding> look()
+    {
+        const Clock::time_point time = Clock::now();
+        BusState now = takeState(mOptions.mChannel, Wanted::everything());
+        std::vector<Finding> findings = findAll(now, mOlder ? &*mOlder : nullptr);
+        std::erase_if(findings, [&](const Finding& finding) { return finding.mCode != mOptions.mUntil; });
+        if (!mYounger || time - mYoungerTakenAt >= cApart) {
+            mOlder = std::exchange(mYounger, std::move(now));
+            mYoungerTakenAt = time;
+        }
+        return findings;
+    }
+
+private:
+    static constexpr std::chrono::seconds cApart{2};
+
+    const WatchOptions& mOptions;
+    std::optional<BusState> mOlder; ///< so old at least
+    std::optional<BusState> mYounger;
+    Clock::time_point mYoungerTakenAt;
+};
+
+class Watch
+{
+public:
+    Watch(const WatchOptions& options, std::ostream& out)
+        : mOptions(options), mTeller(out, options.mChanges), mFollower(options.mChannel), mFindings(options)
+    {}
+
+    /// Whether what is waited for has come.
+    bool look();
+
+private:
+    void tellChanges();
+    bool tellFindings();
+
+    const WatchOptions& mOptions;
+    Teller mTeller;
+    BusFollower mFollower;
+    AwaitedFindings mFindings;
+    bool mWasThere = false;   ///< at any time
+    bool mIsThere = false;    ///< when it was looked at last
+    std::string mWhyNotThere; ///< as told already
+};
+
+std::string summaryOf(const BusState& state)
+{
+    return "interfaces: " + std::to_string(state.mInterfaces.size()) +
+           ", communicators: " + std::to_string(state.mCommunicators.size());
+}
+
+bool Watch::look()
+{
+    try {
+        const bool isFirst = !mWasThere;
+        const bool isAnother = mFollower.look();
+        if (!mIsThere) {
+            mTeller.tellOfChannel(mFollower.now().mTakenAt, "+", mOptions.mChannel,
+                                  (isFirst ? "there, " : "back, ") + summaryOf(mFollower.now()));
+        }
+        mWasThere = mIsThere = true;
+        mWhyNotThere.clear();
+        if (isAnother && !isFirst) {
+            tellChanges();
+        }
+        return !mOptions.mUntil.empty() && tellFindings();
+    } catch (const NoChannel& error) {
+        const std::string why =
+            (error.isMissing() ? mWasThere ? "gone, " : "waited for, " : "not usable, ") + std::string(error.what());
+        if (why != mWhyNotThere) {
+            mTeller.tellOfChannel(timeNow(), "-", mOptions.mChannel, why);
+        }
+        mWhyNotThere = why;
+        mIsThere = false;
+        return false;
+    }
+}
+
+void Watch::tellChanges()
+{
+    std::vector<Change> changes = changesBetween(mFollower.before(), mFollower.now(), Traffic::eLeftOut);
+    dropIgnored(changes, mOptions.mChanges);
+    for (const Change& change : changes) {
+        mTeller.tell(mFollower.now().mTakenAt, change);
+    }
+}
+
+bool Watch::tellFindings()
+{
+    const std::vector<Finding> findings = mFindings.look();
+    for (const Finding& finding : findings) {
+        mTeller.tellFinding(timeNow(), finding);
+    }
+    return !findings.empty();
+}
+
+std::chrono::milliseconds readInterval(const std::string& text)
+{
+    const auto interval = readDuration("--interval", text);
+    if (!interval || interval->count() == 0) {
+        throw UsageMistake("--interval: expected a time above 0");
+    }
+    return *interval;
+}
+
+std::string checkCode(const std::string& code)
+{
+    return findingKind(code) != nullptr ? "" : "no such finding: " + code;
+}
+
+Run addWatchOptions(CLI::App& part)
+{
+    const auto options = std::make_shared<WatchOptions>();
+    addChannelOption(part, options->mChannel);
+    part.add_option_function<std::string>(
+            "--interval", [options](const std::string& text) { options->mInterval = readInterval(text); },
+            "How long from one look to the next: 200ms, 5s (200ms)")
+        ->type_name("TIME");
+    part.add_option_function<std::string>(
+            "--for", [options](const std::string& text) { options->mFor = readDuration("--for", text); },
+            "End after this: 30s, 500ms, 2m, 1h, or none (none)")
+        ->type_name("TIME");
+    part.add_option("--until", options->mUntil, "End with status 0 when check would have this finding")
+        ->type_name("CODE")
+        ->check(checkCode, "");
+    addChangeOptions(part, options->mChanges, "One JSON object a line");
+    part.footer(
+        "Lines are those of diff, each with the time of the look that saw it, in UTC. Ctrl-C ends it with status "
+        "0.\nWith --until, the status is 3 when --for is over and the finding has not come.");
+    return [options](std::ostream& out) { return runWatch(*options, out); };
+}
+
+} // namespace
+
+ExitStatus runWatch(const WatchOptions& options, std::ostream& out)
+{
+    endOnSignals();
+    Watch watch(options, out);
+    const Clock::time_point begin = Clock::now();
+    for (;;) {
+        // Asked before the look, so that the last one comes when the time is up.
+        const Clock::time_point now = Clock::now();
+        const bool isLast = options.mFor && now - begin >= *options.mFor;
+        if (watch.look()) {
+            return eExitYes;
+        }
+        if (isLast && !options.mUntil.empty()) {
+            complain("time is up: no " + options.mUntil);
+            return eExitTimeIsUp;
+        }
+        const Clock::time_point next = now + options.mInterval;
+        if (isLast || !waitUntil(options.mFor ? std::min(next, begin + *options.mFor) : next)) {
+            return eExitYes;
+        }
+    }
+}
+
+const Command cWatchCommand{"watch", "Tell what changes on a bus as it happens",
+                            "  zunic_inspect watch                          who comes and goes on the channel OXABus\n"
+                            "  zunic_inspect watch --ignore link --for 30s  without connections, for half a minute\n"
+                            "  zunic_inspect watch --until dead-process     until a process has died without leaving\n"
+                            "  zunic_inspect watch --json | jq --unbuffered -c 'select(.kind == \"process\")'\n",
+                            addWatchOptions};
+
+} // namespace Inspect

@@ -1,0 +1,32 @@
+#ifndef INSPECT_COMMANDS_WATCH_H
+#define INSPECT_COMMANDS_WATCH_H
+
+#include "inspect/cli/command.h"
+#include "inspect/commands/diff.h"
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+namespace Inspect {
+
+struct WatchOptions
+{
+    std::string mChannel = "OXABus";
+    std::chrono::milliseconds mInterval{200};      ///< from look to look
+    std::optional<std::chrono::milliseconds> mFor; ///< none: until it is stopped
+    std::string mUntil;                            ///< the code of a finding; empty: none
+    ChangeOptions mChanges;
+};
+
+/// Tells what changes on a bus as it happens, each in one line that is written at once. The channel may go away and
+/// come back: what has changed in the meantime is told when it is back. Messages are not told.
+/// eExitTimeIsUp when a finding was waited for and did not come. SIGINT and SIGTERM end the program at once, with
+/// eExitYes; nobody there any more to read the lines ends it, too.
+ExitStatus runWatch(const WatchOptions& options, std::ostream& out);
+
+extern const Command cWatchCommand;
+
+} // namespace Inspect
+
+#endif

@@ -1,0 +1,155 @@
+#include "inspect/bus/words.h"
+#include "inspect/findings/contract/connected_users.h"
+#include "inspect/findings/contract/contract.h"
+#include "inspect/findings/rule.h"
+
+#include <array>
+#include <fnmatch.h>
+#include <tuple>
+
+namespace Inspect {
+
+namespace {
+
+constexpr std::array cKinds{
+    FindingKind{"contract-missing", Severity::eError, "The contract expects an interface that is not registered.",
+                "What needs it does not work.", "During start-up, whatever has not come yet."},
+    FindingKind{"contract-forbidden", Severity::eError, "An interface is in use that the contract forbids.",
+                "It was left out on purpose: a test interface in the field, for one.", "None is known."},
+    FindingKind{"contract-version", Severity::eError, "An interface is older than the contract expects.",
+                "Users may need what it does not have yet.", "None is known."},
+    FindingKind{"contract-application", Severity::eError,
+                "An interface is provided or used by another application than the contract expects.",
+                "Somebody has taken its place.",
+                "An executable that was renamed. Where the application is not to be known, the finding is a note."},
+    FindingKind{"contract-users", Severity::eError,
+                "Fewer or more registered stubs are connected to an interface than the contract expects.",
+                "Some user has not come, or is there twice.", "During start-up, whoever has not come yet."},
+};
+
+enum Place : std::size_t
+{
+    eMissing,
+    eForbidden,
+    eVersion,
+    eApplication,
+    eUsers
+};
+
+constexpr std::array cAdvices{
+    "Start the process that it should come from, or correct the contract.",
+    "Find out who started that process, or correct the contract.",
+    "Update that process, or correct the contract.",
+    "Find out what that process is, or correct the contract.",
+    "Look for the users with zunic_inspect show, or correct the contract.",
+};
+
+std::string describe(const Expectation& expectation)
+{
+    return typeWord(expectation.mType) + (expectation.mRole ? " in role " + quoted(*expectation.mRole) : "") +
+           " in domain " + quoted(expectation.mDomain);
+}
+
+/// Holds a bus against one expectation after the other.
+class Comparison
+{
+public:
+    explicit Comparison(const BusState& state) : mState(state), mOwners(state), mConnections(state) {}
+
+    void hold(const Expectation& expectation)
+    {
+        bool isThere = false;
+        for (const Interface& interface : mState.mInterfaces) {
+            if (!isMeant(expectation, interface)) {
+                continue;
+            }
+            if (expectation.mIsForbidden) {
+                add(eForbidden, subjectOf(interface), "forbidden: " + describe(expectation));
+            } else if (isRegistered(interface)) {
+                isThere = true;
+                holdInterface(expectation, interface);
+            }
+        }
+        if (!isThere && !expectation.mIsForbidden) {
+            add(eMissing, {SubjectKind::eBus, 0, expectation.mName}, describe(expectation));
+        }
+    }
+
+    Findings takeFindings() { return std::move(mFindings); }
+
+private:
+    static bool isMeant(const Expectation& expectation, const Interface& interface)
+    {
+        return interface.mName == expectation.mName && interface.mDomain == expectation.mDomain &&
+               interface.mType == expectation.mType && (!expectation.mRole || interface.mRole == *expectation.mRole);
+    }
+
+    void add(Place kind, Subject subject, std::string evidence, Severity severity = Severity::eError)
+    {
+        mFindings.push_back(
+            {cKinds.at(kind).mCode, severity, std::move(subject), std::move(evidence), cAdvices.at(kind)});
+    }
+
+    void holdInterface(const Expectation& expectation, const Interface& interface)
+    {
+        holdVersion(expectation, interface);
+        holdApplication(expectation, interface);
+        const std::uint32_t users = countUsers(interface, mConnections);
+        if (users < expectation.mLeastUsers.value_or(0) || users > expectation.mMostUsers.value_or(users)) {
+            add(eUsers, subjectOf(interface),
+                "users: " + std::to_string(users) +
+                    (expectation.mLeastUsers ? ", at least " + std::to_string(*expectation.mLeastUsers) : "") +
+                    (expectation.mMostUsers ? ", at most " + std::to_string(*expectation.mMostUsers) : "") +
+                    " expected");
+        }
+    }
+
+    void holdVersion(const Expectation& expectation, const Interface& interface)
+    {
+        const auto key = [](const Oxa::Version& version) {
+            return std::tuple(version.mMajor, version.mMinor, version.mRevision);
+        };
+        if (expectation.mLeastVersion && key(interface.mVersion) < key(*expectation.mLeastVersion)) {
+            add(eVersion, subjectOf(interface),
+                versionWord(interface.mVersion) + ", at least " + versionWord(*expectation.mLeastVersion) +
+                    " expected");
+        }
+    }
+
+    void holdApplication(const Expectation& expectation, const Interface& interface)
+    {
+        if (!expectation.mApplication) {
+            return;
+        }
+        const Communicator* const owner = mOwners.of(interface);
+        const std::string expected = "; expected " + quoted(*expectation.mApplication);
+        if (owner == nullptr || !owner->mProcess.mApplication) {
+            add(eApplication, subjectOf(interface), "not to be known" + expected, Severity::eNote);
+        } else if (fnmatch(expectation.mApplication->c_str(), owner->mProcess.mApplication->c_str(), 0) != 0) {
+            add(eApplication, subjectOf(interface), quoted(*owner->mProcess.mApplication) + expected);
+        }
+    }
+
+    const BusState& mState;
+    Owners mOwners;
+    Connections mConnections;
+    Findings mFindings;
+};
+
+} // namespace
+
+std::vector<Finding> compareWithContract(const Contract& contract, const BusState& state)
+{
+    Comparison comparison(state);
+    for (const Expectation& expectation : contract) {
+        comparison.hold(expectation);
+    }
+    return comparison.takeFindings();
+}
+
+std::span<const FindingKind> contractKinds()
+{
+    return cKinds;
+}
+
+} // namespace Inspect

@@ -1,0 +1,48 @@
+#ifndef INSPECT_FINDINGS_CONTRACT_CONTRACT_H
+#define INSPECT_FINDINGS_CONTRACT_CONTRACT_H
+
+#include "inspect/findings/finding.h"
+
+#include <istream>
+#include <optional>
+#include <ostream>
+
+// Which interfaces have to be on a bus, and which must not: a JSON file, as docs/bus_contract.schema.json tells it.
+
+namespace Inspect {
+
+constexpr auto cContractSchema = "zunic-bus-contract/1";
+
+/// What is expected of the registered interfaces of one name, domain and type.
+struct Expectation
+{
+    std::string mName;
+    std::optional<std::string> mRole; ///< none: any
+    std::string mDomain = "local";
+    std::uint32_t mType = Oxa::eInterfaceInstanceTypeSkeleton;
+    bool mIsForbidden = false;
+    std::optional<Oxa::Version> mLeastVersion;
+    std::optional<std::string> mApplication;  ///< a shell pattern
+    std::optional<std::uint32_t> mLeastUsers; ///< registered stubs that are connected to it
+    std::optional<std::uint32_t> mMostUsers;
+};
+
+using Contract = std::vector<Expectation>;
+
+/// Throws NoState, with line and place, when the text is no contract. What it does not know is a mistake: it would not
+/// be held to.
+Contract readContract(std::istream& in);
+
+/// A first contract, from a bus that works: every registered interface is expected as it is, or newer, with no fewer
+/// users.
+void writeContract(std::ostream& out, const BusState& state);
+
+/// What of the contract is not kept, in its order.
+std::vector<Finding> compareWithContract(const Contract& contract, const BusState& state);
+
+/// The kinds of these findings.
+std::span<const FindingKind> contractKinds();
+
+} // namespace Inspect
+
+#endif

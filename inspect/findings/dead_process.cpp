@@ -1,0 +1,67 @@
+#include "inspect/findings/rule.h"
+
+#include <map>
+
+namespace Inspect {
+
+namespace {
+
+struct Registration
+{
+    const Communicator* mCommunicator;
+    std::vector<std::uint16_t> mIds; ///< of all its communicators
+};
+
+/// In the look before, the same communicator of the same process.
+const Communicator* sameBefore(const Looks& looks, const Communicator& communicator)
+{
+    const Communicator* const before =
+        looks.mBefore == nullptr ? nullptr : looks.mBefore->communicatorWithId(communicator.mId);
+    return before != nullptr && before->mProcessId == communicator.mProcessId ? before : nullptr;
+}
+
+bool isAnotherProcess(const Communicator& now, const Communicator* before)
+{
+    return before != nullptr && before->mProcess.mStartedAfterBoot && now.mProcess.mStartedAfterBoot &&
+           before->mProcess.mStartedAfterBoot != now.mProcess.mStartedAfterBoot;
+}
+
+void find(const Looks& looks, const Rule& rule, Findings& findings)
+{
+    // A process may have taken back its registration and ended before it was asked about.
+    std::map<std::uint32_t, Registration> processes;
+    for (const Communicator& communicator : looks.mNow.state().mCommunicators) {
+        if (looks.mBefore == nullptr || sameBefore(looks, communicator) != nullptr) {
+            Registration& registration = processes.try_emplace(communicator.mProcessId).first->second;
+            registration.mCommunicator = &communicator;
+            registration.mIds.push_back(communicator.mId);
+        }
+    }
+    for (const auto& [id, registration] : processes) {
+        const Process& process = registration.mCommunicator->mProcess;
+        const Subject subject{SubjectKind::eProcess, id, process.mApplication.value_or("")};
+        const std::string communicators = "communicators " + listed(registration.mIds);
+        if (process.mLiving == Living::eUnknown) {
+            add(findings, rule, Severity::eNote, subject, "not to be known; " + communicators);
+        } else if (process.mLiving == Living::eNo) {
+            add(findings, rule, subject, "no such process; " + communicators);
+        } else if (isAnotherProcess(*registration.mCommunicator, sameBefore(looks, *registration.mCommunicator))) {
+            add(findings, rule, subject, "another process has that id now; " + communicators);
+        }
+    }
+}
+
+} // namespace
+
+extern const Rule cDeadProcess;
+const Rule cDeadProcess{
+    {"dead-process", Severity::eError,
+     "A communicator is registered whose process does not exist or is a zombie, or has another start time than in the "
+     "first look.",
+     "What the process provided is still listed, and nobody will answer.",
+     "With one look only, a process that took back its registration and ended in that moment. Where /proc tells this "
+     "user nothing of a process, or not its start time, the finding is a note."},
+    "Find out why it ended (journal, core dumps), and have its registration taken back.",
+    find};
+
+} // namespace Inspect

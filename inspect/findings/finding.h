@@ -1,0 +1,70 @@
+#ifndef INSPECT_FINDINGS_FINDING_H
+#define INSPECT_FINDINGS_FINDING_H
+
+#include "inspect/bus/bus_state.h"
+#include "inspect/saved/state_json.h"
+
+#include <cstdint>
+#include <string>
+
+// What is wrong with a bus, as far as its state tells.
+
+namespace Inspect {
+
+enum class Severity : std::uint8_t
+{
+    eNote,
+    eWarning,
+    eError
+};
+
+enum class SubjectKind : std::uint8_t
+{
+    eBus,
+    eInterface,     ///< by interface id
+    eCommunicator,  ///< by communicator id
+    eProcess,       ///< by process id
+    eMemoryManager, ///< by index
+    eSlot           ///< by index
+};
+
+/// What a finding is about.
+struct Subject
+{
+    SubjectKind mKind = SubjectKind::eBus;
+    std::uint32_t mId = 0; ///< see SubjectKind; 0 for the bus
+    std::string mName;     ///< for people: bytes as the bus has them; may be empty
+
+    bool operator==(const Subject& other) const = default;
+};
+
+struct Finding
+{
+    const char* mCode; ///< of its kind, such as "dead-process": stable, scripts build on it
+    Severity mSeverity;
+    Subject mSubject;
+    std::string mEvidence; ///< in numbers, one line; names in it are bytes as the bus has them
+    const char* mAdvice;   ///< one sentence: what to look at
+};
+
+struct FindingKind
+{
+    const char* mCode;
+    Severity mSeverity;      ///< the gravest that it can have
+    const char* mDefinition; ///< when it is true
+    const char* mReason;     ///< why that matters
+    const char* mFalseAlarms;
+};
+
+/// "error", "warning" or "note".
+const char* severityWord(Severity severity);
+
+/// "interface", "process", ... ; "bus".
+const char* subjectWord(SubjectKind kind);
+
+/// As docs/bus_check.schema.json tells it.
+Json toJson(const Finding& finding);
+
+} // namespace Inspect
+
+#endif

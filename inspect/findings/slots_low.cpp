@@ -1,0 +1,29 @@
+#include "inspect/findings/rule.h"
+
+namespace Inspect {
+
+namespace {
+
+void find(const Looks& looks, const Rule& rule, Findings& findings)
+{
+    const MessageStorage& messages = looks.mNow.state().mMessages;
+    const std::uint32_t free = messages.mTotals.mFree;
+    if (std::uint64_t{free} * 10 >= messages.mSize) {
+        return; // Also where there are no slots at all.
+    }
+    const bool isError = free == 0 && looks.mBefore != nullptr && looks.mBefore->state().mMessages.mTotals.mFree == 0;
+    add(findings, rule, isError ? Severity::eError : Severity::eWarning, {},
+        std::to_string(free) + " of " + std::to_string(messages.mSize) + " message slots are free");
+}
+
+} // namespace
+
+extern const Rule cSlotsLow;
+const Rule cSlotsLow{
+    {"slots-low", Severity::eError,
+     "Fewer than a tenth of the message slots are free: a warning; an error when there is none in two looks.",
+     "Whoever wants to send finds no slot.", "A short burst, in one look."},
+    "Find out whose messages fill the storage: zunic_inspect list messages -o SENDER,NAME,STATE.",
+    find};
+
+} // namespace Inspect

@@ -1,0 +1,52 @@
+#include "inspect/bus/words.h"
+#include "inspect/findings/rule.h"
+
+#include <map>
+#include <set>
+
+namespace Inspect {
+
+namespace {
+
+using Users = std::map<const Interface*, std::set<const Interface*>>; ///< stubs of another version, by skeleton
+
+void addPair(const Interface& holder, const Interface& receiver, Users& users)
+{
+    const bool isStub = holder.mType == Oxa::eInterfaceInstanceTypeStub;
+    const Interface& stub = isStub ? holder : receiver;
+    const Interface& skeleton = isStub ? receiver : holder;
+    if (stub.mType == Oxa::eInterfaceInstanceTypeStub && skeleton.mType == Oxa::eInterfaceInstanceTypeSkeleton &&
+        stub.mVersion != skeleton.mVersion) {
+        users[&skeleton].insert(&stub);
+    }
+}
+
+void find(const Looks& looks, const Rule& rule, Findings& findings)
+{
+    Users users;
+    for (const Interface& holder : looks.mNow.state().mInterfaces) {
+        for (const std::uint16_t id : holder.mReceivers) {
+            if (const Interface* const receiver = looks.mNow.interfaceWithId(id)) {
+                addPair(holder, *receiver, users);
+            }
+        }
+    }
+    for (const auto& [skeleton, stubs] : users) {
+        const Interface& stub = **stubs.begin();
+        add(findings, rule, subjectOf(*skeleton),
+            versionWord(skeleton->mVersion) + "; users of another version: " + std::to_string(stubs.size()) +
+                ", first of them interface " + std::to_string(stub.mId) + " of " + versionWord(stub.mVersion));
+    }
+}
+
+} // namespace
+
+extern const Rule cVersionSkew;
+const Rule cVersionSkew{{"version-skew", Severity::eWarning,
+                         "A skeleton and a stub that are connected have different versions.",
+                         "They may understand one message in two ways.",
+                         "Versions that are made to work together: those that differ only in the last number, often."},
+                        "Update the older side, or make sure that both versions are compatible.",
+                        find};
+
+} // namespace Inspect

@@ -1,0 +1,37 @@
+#ifndef INSPECT_SAVED_JSON_ROWS_H
+#define INSPECT_SAVED_JSON_ROWS_H
+
+#include "inspect/saved/state_json.h"
+
+#include <ostream>
+
+namespace Inspect {
+
+constexpr auto cListSchema = "zunic-bus-list/1"; ///< as docs/bus_list.schema.json tells it
+
+/// Writes {"schema": ..., "WHAT": [row, ...]}, a row a line, each when it is added: there may be sixty thousand.
+class JsonRows
+{
+public:
+    JsonRows(std::ostream& out, const char* schema, const char* what) : mOut(out)
+    {
+        mOut << "{\"schema\":" << Json(schema) << ",\"" << what << "\":[";
+    }
+
+    void add(const Json& row)
+    {
+        mOut << mSeparator << row;
+        mSeparator = ",\n";
+    }
+
+    /// To be called once, after the last row.
+    void end() { mOut << "\n]}\n"; }
+
+private:
+    std::ostream& mOut;
+    const char* mSeparator = "\n";
+};
+
+} // namespace Inspect
+
+#endif

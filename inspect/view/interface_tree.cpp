@@ -1,0 +1,124 @@
+#include "inspect/view/interface_tree.h"
+
+#include "inspect/bus/relations.h"
+#include "inspect/bus/words.h"
+#include "inspect/view/cells.h"
+
+namespace Inspect {
+
+namespace {
+
+const std::vector<Heading> cHeadings{
+    {"INTERFACE", Kind::eTree},
+    {"ROLE"},
+    {"DOMAIN"},
+    {"ID", Kind::eNumber},
+    {"TYPE", Kind::eWord},
+    {"VERSION", Kind::eWord},
+    {"STATE", Kind::eWord},
+    {"PID", Kind::eNumber},
+    {"LIVING", Kind::eWord},
+    {"APP"},
+};
+
+Cell label(const std::string& text)
+{
+    return {text, nullptr, Blanks::eKept};
+}
+
+class Tree
+{
+public:
+    Tree(const BusState& state, const TableLook& look) : mOwners(state), mConnections(state), mTable(cHeadings, look) {}
+
+    void add(const Interface& interface)
+    {
+        const Table::Line root = addInterface(interface, nullptr);
+        addFunctions(interface, root);
+        addProviders(interface, root);
+        addUsers(interface, root);
+    }
+
+    std::string text() const { return mTable.text(); }
+
+private:
+    Table::Line addInterface(const Interface& interface, Table::Line parent)
+    {
+        const Communicator* const owner = mOwners.of(interface);
+        return mTable.addBranch({Cell{interface.mName}, Cell{interface.mRole}, Cell{interface.mDomain},
+                                 numberCell(interface.mId), Cell{typeWord(interface.mType)},
+                                 Cell{versionWord(interface.mVersion)}, stateCell(interface.mState),
+                                 processIdCell(owner), livingCell(owner), applicationCell(owner)},
+                                parent);
+    }
+
+    void addFunctions(const Interface& interface, Table::Line root)
+    {
+        if (!interface.mFunctions || interface.mFunctions->empty()) {
+            return;
+        }
+        const Table::Line line = mTable.addBranch({label("functions")}, root);
+        std::uint64_t position = 0;
+        for (const std::string& function : *interface.mFunctions) {
+            mTable.addBranch({Cell{function}, {}, {}, numberCell(position++)}, line);
+        }
+    }
+
+    /// A stub that nobody provides says so.
+    void addProviders(const Interface& interface, Table::Line root)
+    {
+        const auto& holders = mConnections.holdersOf(interface.mId);
+        if (holders.empty()) {
+            if (interface.mType == Oxa::eInterfaceInstanceTypeStub) {
+                mTable.addBranch({label("provided by nobody")}, root);
+            }
+            return;
+        }
+        const Table::Line line = mTable.addBranch({label("provided by")}, root);
+        for (const Interface* const holder : holders) {
+            addInterface(*holder, line);
+        }
+    }
+
+    void addUsers(const Interface& interface, Table::Line root)
+    {
+        if (interface.mReceivers.empty()) {
+            if (interface.mType == Oxa::eInterfaceInstanceTypeSkeleton) {
+                mTable.addBranch({label("used by nobody")}, root);
+            }
+            return;
+        }
+        const Table::Line line = mTable.addBranch({label("used by")}, root);
+        for (const std::uint16_t id : interface.mReceivers) {
+            addUser(id, line);
+        }
+    }
+
+    void addUser(std::uint16_t id, Table::Line parent)
+    {
+        const auto& users = mConnections.withId(id);
+        if (users.empty()) {
+            mTable.addBranch({{"not there", cBadColor, Blanks::eKept}, {}, {}, numberCell(id)}, parent);
+        }
+        for (const Interface* const user : users) {
+            addInterface(*user, parent);
+        }
+    }
+
+    Owners mOwners;
+    Connections mConnections;
+    Table mTable;
+};
+
+} // namespace
+
+std::string interfaceTree(const std::vector<const Interface*>& interfaces, const BusState& state, const TableLook& look)
+{
+    Tree tree(state, look);
+    for (const Interface* const interface : interfaces) {
+        tree.add(*interface);
+    }
+    return tree.text();
+}
+
+} // namespace Inspect

@@ -1,0 +1,22 @@
+#ifndef INSPECT_VIEW_INTERFACE_TREE_H
+#define INSPECT_VIEW_INTERFACE_TREE_H
+
+#include "inspect/bus/bus_state.h"
+#include "inspect/view/table.h"
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace Inspect {
+
+/// Each of the interfaces, which are of the state, with its functions, those that provide it and those that use it.
+std::string interfaceTree(const std::vector<const Interface*>& interfaces, const BusState& state,
+                          const TableLook& look);
+
+/// The same as JSON.
+void writeInterfaceJson(std::ostream& out, const std::vector<const Interface*>& interfaces, const BusState& state);
+
+} // namespace Inspect
+
+#endif

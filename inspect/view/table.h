@@ -1,0 +1,78 @@
+#ifndef INSPECT_VIEW_TABLE_H
+#define INSPECT_VIEW_TABLE_H
+
+#include "inspect/cli/printable.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+struct libscols_line;
+struct libscols_table;
+
+namespace Inspect {
+
+enum class Kind : std::uint8_t
+{
+    eText,   ///< cut where the terminal ends
+    eWord,   ///< short, and of use only when it is whole
+    eNumber, ///< to the right
+    eTree    ///< its lines hang below each other
+};
+
+struct Heading
+{
+    const char* mName;
+    Kind mKind = Kind::eText;
+};
+
+/// What stands in a cell.
+struct Cell
+{
+    std::string mBytes;           ///< of any kind: the table makes them printable
+    const char* mColor = nullptr; ///< as libsmartcols names it, such as "red"; null for none
+    /// Blanks are kept in texts of ours only: a name with blanks would pass for several cells.
+    Blanks mBlanks = Blanks::eEscaped;
+};
+
+/// The cell as a table shows it.
+std::string shownText(const Cell& cell);
+
+/// How tables are shown; the command line's choice.
+struct TableLook
+{
+    bool mHeadings = true;
+    bool mColors = false;
+};
+
+/// A table or tree for reading. Lines are cut to the width of the terminal when standard output is one.
+class Table
+{
+public:
+    using Line = libscols_line*;
+
+    Table(const std::vector<Heading>& headings, const TableLook& look);
+
+    /// As many cells as there are headings. An empty one shows as "-", so that each line has as many words as columns.
+    Line addLine(const std::vector<Cell>& cells);
+    /// In a tree. Cells may lack at the end; those, and empty ones, stay empty.
+    Line addBranch(const std::vector<Cell>& cells, Line parent = nullptr);
+
+    /// Ends with a newline, unless there is not one line.
+    std::string text() const;
+
+private:
+    struct Release
+    {
+        void operator()(libscols_table* table) const;
+    };
+
+    void fill(Line line, std::size_t column, const Cell& cell, const std::string& text);
+
+    std::unique_ptr<libscols_table, Release> mTable;
+};
+
+} // namespace Inspect
+
+#endif
