@@ -44,7 +44,7 @@ BusState healthy()
     state.mCommunicators = {{7, 100, 1, {"clockd", std::chrono::seconds(5), Living::eYes}}};
     state.mMemoryManagers = {{64, 40, 0, 40, 4}, {64, 8, 8, 20, 20}};
     state.mMessages.mSize = 40;
-    state.mMessages.mTotals.mFree = 20;
+    state.mMessages.mTotals[Channel::eSlotStateFree] = 20;
     state.mMessages.mSlots = {{.mIndex = 0,
                                .mState = Channel::eSlotStateMessage,
                                .mSenderId = 1,
@@ -141,8 +141,8 @@ const Case cCases[] = {
     {[](BusState& s) { s.mMemoryManagers[0].mUsedBlocks = 36; }, {}, {}},
     {[](BusState& s) { s.mMemoryManagers[1].mUsedBlocks = 21; }, {"error pool-accounting"}, {"error pool-accounting"}},
     {[](BusState& s) { s.mMemoryManagers[0].mTotalBlocks = 41; }, {"error pool-accounting"}, {"error pool-accounting"}},
-    {[](BusState& s) { s.mMessages.mTotals.mFree = 3; }, {"warning slots-low"}, {"warning slots-low"}},
-    {[](BusState& s) { s.mMessages.mTotals.mFree = 0; }, {"warning slots-low"}, {"error slots-low"}},
+    {[](BusState& s) { s.mMessages.mTotals[Channel::eSlotStateFree] = 3; }, {"warning slots-low"}, {"warning slots-low"}},
+    {[](BusState& s) { s.mMessages.mTotals[Channel::eSlotStateFree] = 0; }, {"warning slots-low"}, {"error slots-low"}},
     {[](BusState& s) { slot(s).mState = Channel::eSlotStateReserved; }, {}, {"warning stuck-slot"}},
     {[](BusState& s) {
          slot(s).mState = Channel::eSlotStateWritten;
@@ -269,7 +269,7 @@ TEST(Check, AnswersByStatusTableAndJson)
     BusState sick = healthy();
     sick.mInterfaces[0].mState = oxa_zunic_registration_state_preregistered;
     sick.mInterfaces[0].mName = sick.mInterfaces[1].mName = "Evil\n\x1b[2J";
-    sick.mMessages.mTotals.mFree = 0;
+    sick.mMessages.mTotals[Channel::eSlotStateFree] = 0;
     const std::string file = save(sick, "sick.json");
 
     EXPECT_EQ(check({"--from", file}).status, 0); // A warning in one look.

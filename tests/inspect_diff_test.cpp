@@ -410,7 +410,7 @@ TEST(Diff, WordsWhatANeighbourMayWriteSafelyAndKnowsADeadProcessByWhatItHad)
     now.mInterfaces[0].mFunctions = {"f", "\x1b[2J"};
     now.mInterfaces[0].mReceivers = {900};
     now.mMemoryManagers[0].mUsedBlocks = 4;
-    now.mMessages.mTotals.mFree = 1;
+    now.mMessages.mTotals[Channel::eSlotStateFree] = 1;
     const std::vector<Change> changes = changesBetween(before, now);
     EXPECT_EQ(linesOf(changes),
               "~ process clockd (99): restarted, pid 12 -> 99\n"

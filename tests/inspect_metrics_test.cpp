@@ -45,7 +45,7 @@ TEST(Metrics, CountADeadProcessOnceAndNoneThatIsNotToBeKnown)
 TEST(Metrics, KeepSmallAndLargeNumbersWhole)
 {
     BusState state;
-    state.mTakenAt = std::chrono::milliseconds(1'795'431'281'323);
+    state.mTakenAt = WallTime(std::chrono::milliseconds(1'795'431'281'323));
     state.mMutexHeld = std::chrono::nanoseconds(1);
     state.mMemoryManagers.resize(1);
     state.mMemoryManagers[0].mBlockSize = 100'000;

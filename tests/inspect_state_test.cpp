@@ -53,7 +53,7 @@ TEST(BusState, OfALiveBusIsSavedWholeForItsOwnerAlone)
     ASSERT_EQ(state.mMessages.mSlots.size(), 14U);
     EXPECT_THAT(state.mMessages.mSlots[2].mChain.mEntries,
                 ElementsAre(Channel::DataEntry{3, 3}, Channel::DataEntry{4, 3}, Channel::DataEntry{5, 3}));
-    EXPECT_EQ(state.mMessages.mTotals.mFree, state.mMessages.mSize - state.mMessages.mSlots.size());
+    EXPECT_EQ(state.mMessages.mTotals[Channel::eSlotStateFree], state.mMessages.mSize - state.mMessages.mSlots.size());
 
     const TestSupport::TemporaryDirectory directory;
     const std::string file = directory / "state.json";

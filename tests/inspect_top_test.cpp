@@ -57,7 +57,7 @@ TEST(Top, ProcessesAreCountedOnceHoweverManyCommunicatorsTheyHave)
     state.mInterfaces[0].mReceivers = {2, 3};
     const Process dead{.mApplication = {}, .mStartedAfterBoot = {}, .mLiving = Living::eNo};
     state.mCommunicators = {{1, 70, 1, dead}, {2, 70, 1, dead}, {3, 80, 1, {}}};
-    EXPECT_EQ(totalsOf(state), (Totals{2, 3, 2, 1, 2}));
+    EXPECT_EQ(BusIndex(state).totals(), (BusTotals{2, 3, 2, 1, 2}));
 }
 
 TEST(Top, ChosenLineStaysChosenWhereverItGoes)

@@ -6,6 +6,9 @@
 #include "channel/message_slots.h"
 #include "channel/record_types.h"
 
+#include "inspect/bus/times.h"
+
+#include <array>
 #include <chrono>
 #include <cstdint>
 #include <optional>
@@ -48,7 +51,7 @@ enum class Living : std::uint8_t
 /// What the system said of a process at that moment.
 struct Process
 {
-    std::optional<std::string> mApplication;                    ///< name of its executable; none: not to be known
+    std::optional<std::string> mApplication;                    ///< name of its executable; none: unknown
     std::optional<std::chrono::milliseconds> mStartedAfterBoot; ///< in the kernel's clock ticks, mostly 10 ms
     Living mLiving = Living::eUnknown;
 
@@ -81,16 +84,8 @@ struct Slot
     bool operator==(const Slot& other) const = default;
 };
 
-struct SlotTotals
-{
-    std::uint32_t mFree = 0;
-    std::uint32_t mReserved = 0;
-    std::uint32_t mWritten = 0;
-    std::uint32_t mMessage = 0;
-    std::uint32_t mData = 0;
-
-    bool operator==(const SlotTotals& other) const = default;
-};
+/// The number of slots in each Channel::SlotState.
+using SlotTotals = std::array<std::uint32_t, Channel::cSlotStates>;
 
 struct MessageStorage
 {
@@ -98,7 +93,7 @@ struct MessageStorage
     std::uint32_t mReadable = 0;         ///< of these, how many there are to be read; less only when memory is damaged
     std::uint32_t mLastWrittenIndex = 0; ///< of a slot
     std::uint16_t mWriterCounter = 0;    ///< counts messages, modulo 65,536
-    SlotTotals mTotals;
+    SlotTotals mTotals{};
     std::vector<Slot> mSlots; ///< those in use, in ascending order of index
 
     bool operator==(const MessageStorage& other) const = default;
@@ -108,10 +103,11 @@ struct MessageStorage
 /// managers and message slots were read right after it, one by one, while the bus went on.
 struct BusState
 {
-    std::string mChannel;                 ///< its name, as it was asked for
-    std::chrono::milliseconds mTakenAt{}; ///< since 1970 in UTC
-    std::string mBootId;                  ///< of the machine's boot, as the kernel tells it; empty: not to be known
-    std::string mProgramVersion;          ///< of the zunic_inspect that took it
+    std::string mChannel;        ///< its name, as it was asked for
+    WallTime mTakenAt;           ///< when it was copied
+    std::string mHost;           ///< name of the machine, from uname(2); empty: unknown
+    std::string mBootId;         ///< of the machine's boot, from the kernel; empty: unknown
+    std::string mProgramVersion; ///< of the zunic_inspect that took it
     std::chrono::nanoseconds mMutexHeld{};
     std::vector<Interface> mInterfaces;       ///< those in use, by id, those of one id in the order of the table
     std::vector<Communicator> mCommunicators; ///< those in use, in the order of the table

@@ -1,9 +1,10 @@
 #include "inspect/changes/changes.h"
 
-#include "inspect/bus/words.h"
+#include "inspect/bus/fields.h"
 #include "inspect/changes/link_changes.h"
 #include "inspect/changes/matching.h"
 
+#include <algorithm>
 #include <map>
 
 namespace Inspect {
@@ -26,7 +27,7 @@ private:
     {
         mChanges.push_back({.mSign = sign, .mKind = kind, .mSubject = subject});
     }
-    void tell(ChangeKind kind, const Party& subject, const char* attribute, Json before, Json now,
+    void tell(ChangeKind kind, const Party& subject, const std::string& attribute, Json before, Json now,
               Sign sign = Sign::eChanged)
     {
         mChanges.push_back({.mSign = sign,
@@ -64,13 +65,54 @@ Json idsOf(const std::vector<const Communicator*>& communicators)
     return ids;
 }
 
-Json namesOf(const std::vector<std::string>& functions)
+// The value of a member as changes show it.
+
+template <std::unsigned_integral Number>
+Json shownValue(Number number, Words words)
 {
-    Json names = Json::array();
-    for (const std::string& function : functions) {
-        names.push_back(nameToJson(function));
+    return words.empty() ? Json(number) : Json(wordFor(words, static_cast<std::uint32_t>(number)));
+}
+
+Json shownValue(const Oxa::Version& version, Words /*none*/)
+{
+    return versionWord(version);
+}
+
+Json shownValue(const std::optional<std::vector<std::string>>& names, Words /*none*/)
+{
+    Json shown = Json::array();
+    for (const std::string& name : *names) {
+        shown.push_back(nameToJson(name));
     }
-    return names;
+    return shown;
+}
+
+/// An unknown value differs from none.
+template <typename Value>
+bool isKnown(const Value& value)
+{
+    if constexpr (requires { value.has_value(); }) {
+        return value.has_value();
+    }
+    return true;
+}
+
+/// Calls `visit` with name, kind, value before and value now of each member that its table says is compared and that
+/// differs.
+template <typename Record, typename Visit>
+void forEachDifference(const Record& before, const Record& now, Visit visit)
+{
+    forEachField<Record>([&](const auto& field) {
+        if constexpr (requires { shownValue(before.*field.mMember, field.mWords); }) {
+            const auto& was = before.*field.mMember;
+            const auto& is = now.*field.mMember;
+            if (field.mDifference != Difference::eNever && isKnown(was) && isKnown(is) && was != is) {
+                std::string name = field.mJsonName;
+                std::ranges::replace(name, '_', ' ');
+                visit(name, field.mDifference, shownValue(was, field.mWords), shownValue(is, field.mWords));
+            }
+        }
+    });
 }
 
 /// As one would name it: by its application and process id.
@@ -88,8 +130,8 @@ Json nameOf(const Communicator* owner)
 void Comparison::compareProcess(std::size_t before, std::size_t now)
 {
     constexpr auto cKind = ChangeKind::eProcess;
-    const auto& communicatorsBefore = mMatching.mProcessesBefore.mList[before];
-    const auto& communicatorsNow = mMatching.mProcessesNow.mList[now];
+    const auto& communicatorsBefore = mMatching.mBefore.processes()[before].mCommunicators;
+    const auto& communicatorsNow = mMatching.mNow.processes()[now].mCommunicators;
     const Communicator& old = *communicatorsBefore.front();
     const Communicator& fresh = *communicatorsNow.front();
     const Party subject{nullptr, fresh.mProcess.mApplication ? &fresh : &old};
@@ -121,14 +163,14 @@ void Comparison::compareProcesses()
     const Pairing& pairing = mMatching.mProcesses;
     for (std::size_t before = 0; before < pairing.mNowOf.size(); ++before) {
         if (pairing.mNowOf[before] == cNobody) {
-            tell(Sign::eRemoved, ChangeKind::eProcess, {nullptr, &mMatching.mProcessesBefore[before]});
+            tell(Sign::eRemoved, ChangeKind::eProcess, {nullptr, mMatching.mBefore.processes()[before].mCommunicators.front()});
         } else {
             compareProcess(before, pairing.mNowOf[before]);
         }
     }
     for (std::size_t now = 0; now < pairing.mBeforeOf.size(); ++now) {
         if (pairing.mBeforeOf[now] == cNobody) {
-            tell(Sign::eAdded, ChangeKind::eProcess, {nullptr, &mMatching.mProcessesNow[now]});
+            tell(Sign::eAdded, ChangeKind::eProcess, {nullptr, mMatching.mNow.processes()[now].mCommunicators.front()});
         }
     }
 }
@@ -136,14 +178,14 @@ void Comparison::compareProcesses()
 /// Another id is told where nothing that has been told already is the reason.
 void Comparison::compareOwners(std::size_t before, std::size_t now, const Party& subject)
 {
-    const Interface& old = mMatching.mBefore.mInterfaces[before];
-    const Interface& fresh = mMatching.mNow.mInterfaces[now];
-    const std::size_t ownerBefore = mMatching.mProcessesBefore.mOwners[before];
-    const std::size_t ownerNow = mMatching.mProcessesNow.mOwners[now];
+    const Interface& old = mMatching.mBefore.state().mInterfaces[before];
+    const Interface& fresh = mMatching.mNow.state().mInterfaces[now];
+    const std::size_t ownerBefore = processOf(mMatching.mBefore, before);
+    const std::size_t ownerNow = processOf(mMatching.mNow, now);
     const bool isOwned = ownerBefore != cNobody && ownerNow != cNobody;
     const bool isSame = isOwned ? mMatching.mProcesses.mNowOf[ownerBefore] == ownerNow : ownerBefore == ownerNow;
     if (!isSame) {
-        tell(ChangeKind::eInterface, subject, "owner", nameOf(mMatching.mProcessesBefore.ownerOf(before)),
+        tell(ChangeKind::eInterface, subject, "owner", nameOf(ownerOf(mMatching.mBefore, before)),
              nameOf(subject.mOwner));
     } else if (old.mId != fresh.mId && (!isOwned || mMatching.isSameRun(ownerBefore, ownerNow))) {
         tell(ChangeKind::eInterface, subject, "id", old.mId, fresh.mId, Sign::eRestarted);
@@ -153,19 +195,13 @@ void Comparison::compareOwners(std::size_t before, std::size_t now, const Party&
 void Comparison::compareInterface(std::size_t before, std::size_t now)
 {
     constexpr auto cKind = ChangeKind::eInterface;
-    const Interface& old = mMatching.mBefore.mInterfaces[before];
-    const Interface& fresh = mMatching.mNow.mInterfaces[now];
-    const Party subject{&fresh, mMatching.mProcessesNow.ownerOf(now)};
+    const Interface& old = mMatching.mBefore.state().mInterfaces[before];
+    const Interface& fresh = mMatching.mNow.state().mInterfaces[now];
+    const Party subject{&fresh, ownerOf(mMatching.mNow, now)};
     compareOwners(before, now, subject);
-    if (old.mVersion != fresh.mVersion) {
-        tell(cKind, subject, "version", versionWord(old.mVersion), versionWord(fresh.mVersion));
-    }
-    if (old.mState != fresh.mState) {
-        tell(cKind, subject, "state", stateWord(old.mState), stateWord(fresh.mState));
-    }
-    if (old.mFunctions && fresh.mFunctions && *old.mFunctions != *fresh.mFunctions) {
-        tell(cKind, subject, "functions", namesOf(*old.mFunctions), namesOf(*fresh.mFunctions));
-    }
+    forEachDifference(old, fresh, [&](const std::string& name, Difference, Json was, Json is) {
+        tell(cKind, subject, name, std::move(was), std::move(is));
+    });
 }
 
 void Comparison::compareInterfaces()
@@ -174,7 +210,7 @@ void Comparison::compareInterfaces()
     for (std::size_t before = 0; before < pairing.mNowOf.size(); ++before) {
         if (pairing.mNowOf[before] == cNobody) {
             tell(Sign::eRemoved, ChangeKind::eInterface,
-                 {&mMatching.mBefore.mInterfaces[before], mMatching.mProcessesBefore.ownerOf(before)});
+                 {&mMatching.mBefore.state().mInterfaces[before], ownerOf(mMatching.mBefore, before)});
         } else {
             compareInterface(before, pairing.mNowOf[before]);
         }
@@ -182,17 +218,8 @@ void Comparison::compareInterfaces()
     for (std::size_t now = 0; now < pairing.mBeforeOf.size(); ++now) {
         if (pairing.mBeforeOf[now] == cNobody) {
             tell(Sign::eAdded, ChangeKind::eInterface,
-                 {&mMatching.mNow.mInterfaces[now], mMatching.mProcessesNow.ownerOf(now)});
+                 {&mMatching.mNow.state().mInterfaces[now], ownerOf(mMatching.mNow, now)});
         }
-    }
-}
-
-/// Adds a change if the number is another one.
-void compareNumber(std::vector<Change>& changes, ChangeKind kind, std::size_t index, const char* attribute,
-                   std::uint64_t before, std::uint64_t now)
-{
-    if (before != now) {
-        changes.push_back({.mKind = kind, .mNumber = index, .mAttribute = attribute, .mBefore = before, .mNow = now});
     }
 }
 
@@ -201,15 +228,16 @@ void compareManagers(const BusState& before, const BusState& now, Traffic traffi
     constexpr auto cKind = ChangeKind::eMemory;
     const std::size_t both = std::min(before.mMemoryManagers.size(), now.mMemoryManagers.size());
     for (std::size_t i = 0; i < both; ++i) {
-        const Channel::MemoryManagerFigures& old = before.mMemoryManagers[i];
-        const Channel::MemoryManagerFigures& fresh = now.mMemoryManagers[i];
-        compareNumber(changes, cKind, i, "block size", old.mBlockSize, fresh.mBlockSize);
-        compareNumber(changes, cKind, i, "initial blocks", old.mInitialBlocks, fresh.mInitialBlocks);
-        compareNumber(changes, cKind, i, "additional blocks", old.mAdditionalBlocks, fresh.mAdditionalBlocks);
-        compareNumber(changes, cKind, i, "total blocks", old.mTotalBlocks, fresh.mTotalBlocks);
-        if (traffic == Traffic::eTold) {
-            compareNumber(changes, cKind, i, "used blocks", old.mUsedBlocks, fresh.mUsedBlocks);
-        }
+        forEachDifference(before.mMemoryManagers[i], now.mMemoryManagers[i],
+                          [&](const std::string& name, Difference difference, Json was, Json is) {
+                              if (difference == Difference::eAlways || traffic == Traffic::eTold) {
+                                  changes.push_back({.mKind = cKind,
+                                                     .mNumber = i,
+                                                     .mAttribute = name,
+                                                     .mBefore = std::move(was),
+                                                     .mNow = std::move(is)});
+                              }
+                          });
     }
     for (std::size_t i = both; i < before.mMemoryManagers.size(); ++i) {
         changes.push_back({.mSign = Sign::eRemoved, .mKind = cKind, .mNumber = i});
@@ -222,14 +250,15 @@ void compareManagers(const BusState& before, const BusState& now, Traffic traffi
 void compareMessages(const MessageStorage& before, const MessageStorage& now, std::vector<Change>& changes)
 {
     const auto compare = [&](const char* attribute, std::uint32_t old, std::uint32_t fresh) {
-        compareNumber(changes, ChangeKind::eMessages, 0, attribute, old, fresh);
+        if (old != fresh) {
+            changes.push_back(
+                {.mKind = ChangeKind::eMessages, .mAttribute = attribute, .mBefore = old, .mNow = fresh});
+        }
     };
     compare("slots", before.mSize, now.mSize);
-    compare("free", before.mTotals.mFree, now.mTotals.mFree);
-    compare("reserved", before.mTotals.mReserved, now.mTotals.mReserved);
-    compare("written", before.mTotals.mWritten, now.mTotals.mWritten);
-    compare("message", before.mTotals.mMessage, now.mTotals.mMessage);
-    compare("data", before.mTotals.mData, now.mTotals.mData);
+    for (const auto& [state, word] : cSlotStateWords) {
+        compare(word, before.mTotals.at(state), now.mTotals.at(state));
+    }
 }
 
 } // namespace
@@ -237,7 +266,9 @@ void compareMessages(const MessageStorage& before, const MessageStorage& now, st
 std::vector<Change> changesBetween(const BusState& before, const BusState& now, Traffic traffic)
 {
     std::vector<Change> changes;
-    const Matching matching(before, now);
+    const BusIndex indexBefore(before);
+    const BusIndex indexNow(now);
+    const Matching matching(indexBefore, indexNow);
     Comparison comparison(matching, changes);
     comparison.compareProcesses();
     comparison.compareInterfaces();

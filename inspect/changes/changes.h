@@ -2,7 +2,7 @@
 #define INSPECT_CHANGES_CHANGES_H
 
 #include "inspect/bus/bus_state.h"
-#include "inspect/saved/state_json.h"
+#include "inspect/saved/record_json.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -46,7 +46,7 @@ struct Change
     Party mSubject{};            ///< of a link, the interface whose receiver set it is in
     Party mReceiver{};           ///< of a link
     std::size_t mNumber = 0;     ///< of a link, the receiver's id; of a memory manager, its index
-    const char* mAttribute = ""; ///< what of it is another one; "" where it came or went
+    std::string mAttribute{};    ///< what of it is another one; "" where it came or went
     Json mBefore = nullptr;      ///< the attribute: a number, a word, a name, an owner, or an array of names or ids
     Json mNow = nullptr;         ///< as well
 };

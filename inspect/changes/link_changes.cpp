@@ -13,26 +13,24 @@ constexpr std::size_t cIsNobody = std::size_t{1} << 32;
 /// One of the two states.
 struct Side
 {
-    Side(const BusState& state, const Processes& processes, const std::vector<std::size_t>& classes,
-         std::size_t classCount)
-        : mState(state), mProcesses(processes), mClasses(classes), mMembers(classCount)
+    Side(const BusIndex& index, const std::vector<std::size_t>& classes, std::size_t classCount)
+        : mIndex(index), mClasses(classes), mMembers(classCount)
     {
         for (std::size_t i = 0; i < classes.size(); ++i) {
-            const std::size_t id = state.mInterfaces[i].mId;
-            mInterfacesOfId.resize(std::max(mInterfacesOfId.size(), id + 1), cNobody);
-            if (mInterfacesOfId[id] == cNobody) { // Of several with one id, the first counts.
-                mInterfacesOfId[id] = i;
-            }
             mMembers[classes[i]].push_back(i);
         }
     }
 
-    std::size_t interfaceOf(std::size_t id) const
+    const std::vector<Interface>& interfaces() const { return mIndex.state().mInterfaces; }
+
+    /// By its place. Of several with one id, the first counts.
+    std::size_t interfaceOf(std::uint16_t id) const
     {
-        return id < mInterfacesOfId.size() ? mInterfacesOfId[id] : cNobody;
+        const Interface* const interface = mIndex.interfaceWithId(id);
+        return interface == nullptr ? cNobody : static_cast<std::size_t>(interface - interfaces().data());
     }
 
-    std::size_t classOf(std::size_t id) const
+    std::size_t classOf(std::uint16_t id) const
     {
         const std::size_t interface = interfaceOf(id);
         return interface == cNobody ? cIsNobody + id : mClasses[interface];
@@ -40,25 +38,20 @@ struct Side
 
     Party party(std::size_t interface) const
     {
-        return interface == cNobody ? Party{} : Party{&mState.mInterfaces[interface], mProcesses.ownerOf(interface)};
+        return interface == cNobody ? Party{} : Party{&interfaces()[interface], ownerOf(mIndex, interface)};
     }
 
-    const BusState& mState;
-    const Processes& mProcesses;
+    const BusIndex& mIndex;
     const std::vector<std::size_t>& mClasses; ///< of the interfaces
-    std::vector<std::size_t> mInterfacesOfId;
     std::vector<std::vector<std::size_t>> mMembers; ///< the interfaces of each class
 };
 
 bool areIdsTheSame(const Side& one, const Side& other)
 {
-    const std::size_t end = std::max(one.mInterfacesOfId.size(), other.mInterfacesOfId.size());
-    for (std::size_t id = 0; id < end; ++id) {
-        if (one.classOf(id) != other.classOf(id)) {
-            return false;
-        }
-    }
-    return true;
+    const auto hasSameClass = [&](const Interface& interface) {
+        return one.classOf(interface.mId) == other.classOf(interface.mId);
+    };
+    return std::ranges::all_of(one.interfaces(), hasSameClass) && std::ranges::all_of(other.interfaces(), hasSameClass);
 }
 
 struct Link
@@ -73,7 +66,7 @@ std::vector<Link> linksFrom(const Side& side, std::size_t holderClass)
 {
     std::vector<Link> links;
     for (const std::size_t holder : side.mMembers[holderClass]) {
-        for (const std::uint16_t receiver : side.mState.mInterfaces[holder].mReceivers) {
+        for (const std::uint16_t receiver : side.interfaces()[holder].mReceivers) {
             links.push_back({side.classOf(receiver), holder, receiver});
         }
     }
@@ -113,15 +106,15 @@ void compareLinksFrom(std::size_t holderClass, const Side& before, const Side& n
 void appendLinkChanges(const Matching& matching, std::vector<Change>& changes)
 {
     const std::size_t count = matching.mClassCount;
-    const Side before(matching.mBefore, matching.mProcessesBefore, matching.mClassesBefore, count);
-    const Side now(matching.mNow, matching.mProcessesNow, matching.mClassesNow, count);
+    const Side before(matching.mBefore, matching.mClassesBefore, count);
+    const Side now(matching.mNow, matching.mClassesNow, count);
     const bool areSameIds = areIdsTheSame(before, now);
     for (std::size_t i = 0; i < count; ++i) {
         const auto isSame = [&] {
             const auto& members = before.mMembers[i];
             return members.size() == 1 && now.mMembers[i].size() == 1 &&
-                   before.mState.mInterfaces[members[0]].mReceivers ==
-                       now.mState.mInterfaces[now.mMembers[i][0]].mReceivers;
+                   before.interfaces()[members[0]].mReceivers ==
+                       now.interfaces()[now.mMembers[i][0]].mReceivers;
         };
         if (!areSameIds || !isSame()) {
             compareLinksFrom(i, before, now, changes);

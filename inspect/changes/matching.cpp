@@ -50,13 +50,13 @@ std::vector<std::size_t> numberIdentities(const std::vector<Interface>& interfac
 }
 
 /// What each process has registered, for processes whose application is not to be known.
-std::vector<std::vector<std::size_t>> identitiesByProcess(const Processes& processes,
+std::vector<std::vector<std::size_t>> identitiesByProcess(const BusIndex& index,
                                                           const std::vector<std::size_t>& identities)
 {
-    std::vector<std::vector<std::size_t>> lists(processes.mList.size());
+    std::vector<std::vector<std::size_t>> lists(index.processes().size());
     for (std::size_t i = 0; i < identities.size(); ++i) {
-        if (processes.mOwners[i] != cNobody) {
-            lists[processes.mOwners[i]].push_back(identities[i]);
+        if (const std::size_t process = processOf(index, i); process != cNobody) {
+            lists[process].push_back(identities[i]);
         }
     }
     for (std::vector<std::size_t>& list : lists) {
@@ -85,37 +85,22 @@ bool areOfOneBoot(const BusState& before, const BusState& now)
 
 } // namespace
 
-Processes::Processes(const BusState& state)
+std::size_t processOf(const BusIndex& index, std::size_t interface)
 {
-    std::unordered_map<std::uint32_t, std::size_t> byProcessId;
-    std::unordered_map<std::uint16_t, std::size_t> byCommunicatorId;
-    for (const Communicator& communicator : state.mCommunicators) {
-        const auto [place, isNew] = byProcessId.try_emplace(communicator.mProcessId, mList.size());
-        if (isNew) {
-            mList.emplace_back();
-        }
-        mList[place->second].push_back(&communicator);
-        byCommunicatorId.try_emplace(communicator.mId, place->second);
-    }
-    mOwners.reserve(state.mInterfaces.size());
-    for (const Interface& interface : state.mInterfaces) {
-        const auto owner = byCommunicatorId.find(interface.mCommunicatorId);
-        mOwners.push_back(owner == byCommunicatorId.end() ? cNobody : owner->second);
-    }
+    return index.processOf(index.state().mInterfaces[interface]).value_or(cNobody);
 }
 
-const Communicator* Processes::ownerOf(std::size_t interface) const
+const Communicator* ownerOf(const BusIndex& index, std::size_t interface)
 {
-    return mOwners[interface] == cNobody ? nullptr : mList[mOwners[interface]].front();
+    const std::size_t process = processOf(index, interface);
+    return process == cNobody ? nullptr : index.processes()[process].mCommunicators.front();
 }
 
-Matching::Matching(const BusState& before, const BusState& now)
+Matching::Matching(const BusIndex& before, const BusIndex& now)
     : mBefore(before),
       mNow(now),
-      mProcessesBefore(before),
-      mProcessesNow(now),
-      mProcesses(mProcessesBefore.mList.size(), mProcessesNow.mList.size()),
-      mInterfaces(before.mInterfaces.size(), now.mInterfaces.size())
+      mProcesses(before.processes().size(), now.processes().size()),
+      mInterfaces(before.state().mInterfaces.size(), now.state().mInterfaces.size())
 {
     matchProcesses();
     matchInterfaces();
@@ -123,52 +108,52 @@ Matching::Matching(const BusState& before, const BusState& now)
 
 bool Matching::isSameRun(std::size_t before, std::size_t now) const
 {
-    const Communicator& one = mProcessesBefore[before];
-    const Communicator& other = mProcessesNow[now];
-    return one.mProcessId == other.mProcessId && areOfOneBoot(mBefore, mNow) &&
-           !areKnownAndDiffer(one.mProcess.mStartedAfterBoot, other.mProcess.mStartedAfterBoot);
+    const BusProcess& one = mBefore.processes()[before];
+    const BusProcess& other = mNow.processes()[now];
+    return one.id() == other.id() && areOfOneBoot(mBefore.state(), mNow.state()) &&
+           !areKnownAndDiffer(one.process().mStartedAfterBoot, other.process().mStartedAfterBoot);
 }
 
 /// First those that run on; then by application; then by what they have, where an application is not to be known: that
 /// of a dead process never is.
 void Matching::matchProcesses()
 {
-    std::unordered_map<std::uint32_t, std::size_t> byProcessId;
-    for (std::size_t now = 0; now < mProcessesNow.mList.size(); ++now) {
-        byProcessId[mProcessesNow[now].mProcessId] = now;
-    }
-    for (std::size_t before = 0; before < mProcessesBefore.mList.size(); ++before) {
-        const auto found = byProcessId.find(mProcessesBefore[before].mProcessId);
-        if (found != byProcessId.end() && isSameRun(before, found->second)) {
-            mProcesses.mNowOf[before] = found->second;
-            mProcesses.mBeforeOf[found->second] = before;
+    const auto& processesBefore = mBefore.processes();
+    const auto& processesNow = mNow.processes();
+    for (std::size_t before = 0; before < processesBefore.size(); ++before) {
+        const auto now = mNow.processWithId(processesBefore[before].id());
+        if (now && isSameRun(before, *now)) {
+            mProcesses.mNowOf[before] = *now;
+            mProcesses.mBeforeOf[*now] = before;
         }
     }
     pairByKey(
-        mProcesses, [&](std::size_t i) { return mProcessesBefore[i].mProcess.mApplication; },
-        [&](std::size_t i) { return mProcessesNow[i].mProcess.mApplication; });
+        mProcesses, [&](std::size_t i) { return processesBefore[i].process().mApplication; },
+        [&](std::size_t i) { return processesNow[i].process().mApplication; });
 
     Numbers numbers;
-    const auto before = identitiesByProcess(mProcessesBefore, numberIdentities(mBefore.mInterfaces, numbers));
-    const auto now = identitiesByProcess(mProcessesNow, numberIdentities(mNow.mInterfaces, numbers));
-    const auto keyIn = [](const auto& lists, const Processes& processes, bool isUnknown) {
+    const auto before = identitiesByProcess(mBefore, numberIdentities(mBefore.state().mInterfaces, numbers));
+    const auto now = identitiesByProcess(mNow, numberIdentities(mNow.state().mInterfaces, numbers));
+    const auto keyIn = [](const auto& lists, const std::vector<BusProcess>& processes, bool isUnknown) {
         return [&lists, &processes, isUnknown](std::size_t i) {
-            const bool isMeant = !isUnknown || !processes[i].mProcess.mApplication;
+            const bool isMeant = !isUnknown || !processes[i].process().mApplication;
             return isMeant && !lists[i].empty() ? std::optional(lists[i]) : std::nullopt;
         };
     };
-    pairByKey(mProcesses, keyIn(before, mProcessesBefore, true), keyIn(now, mProcessesNow, false));
-    pairByKey(mProcesses, keyIn(before, mProcessesBefore, false), keyIn(now, mProcessesNow, true));
+    pairByKey(mProcesses, keyIn(before, processesBefore, true), keyIn(now, processesNow, false));
+    pairByKey(mProcesses, keyIn(before, processesBefore, false), keyIn(now, processesNow, true));
 }
 
 void Matching::matchInterfaces()
 {
     Numbers numbers;
-    const auto identitiesBefore = numberIdentities(mBefore.mInterfaces, numbers);
-    const auto identitiesNow = numberIdentities(mNow.mInterfaces, numbers);
-    const auto ownerBefore = [&](std::size_t i) { return mProcessesBefore.mOwners[i]; };
+    const std::vector<Interface>& allBefore = mBefore.state().mInterfaces;
+    const std::vector<Interface>& allNow = mNow.state().mInterfaces;
+    const auto identitiesBefore = numberIdentities(allBefore, numbers);
+    const auto identitiesNow = numberIdentities(allNow, numbers);
+    const auto ownerBefore = [&](std::size_t i) { return processOf(mBefore, i); };
     const auto ownerNow = [&](std::size_t i) { // As a process of before, or a number beyond those.
-        const std::size_t owner = mProcessesNow.mOwners[i];
+        const std::size_t owner = processOf(mNow, i);
         const std::size_t before = owner == cNobody ? cNobody : mProcesses.mBeforeOf[owner];
         return owner != cNobody && before == cNobody ? mProcesses.mNowOf.size() + owner : before;
     };
@@ -178,17 +163,17 @@ void Matching::matchInterfaces()
     const auto inProcessNow = [&](std::size_t i) { return std::optional(std::pair(identitiesNow[i], ownerNow(i))); };
     // Ids mean something as long as nobody gave new ones.
     const auto idBefore = [&](std::size_t i) {
-        const std::size_t owner = mProcessesBefore.mOwners[i];
+        const std::size_t owner = processOf(mBefore, i);
         const std::size_t ownerThen = owner == cNobody ? cNobody : mProcesses.mNowOf[owner];
         const bool isKept = owner == cNobody || (ownerThen != cNobody && isSameRun(owner, ownerThen));
-        return isKept ? std::optional(std::pair(inProcessBefore(i), mBefore.mInterfaces[i].mId)) : std::nullopt;
+        return isKept ? std::optional(std::pair(inProcessBefore(i), allBefore[i].mId)) : std::nullopt;
     };
     pairByKey(mInterfaces, idBefore,
-              [&](std::size_t i) { return std::optional(std::pair(inProcessNow(i), mNow.mInterfaces[i].mId)); });
+              [&](std::size_t i) { return std::optional(std::pair(inProcessNow(i), allNow[i].mId)); });
     pairByKey(
         mInterfaces,
-        [&](std::size_t i) { return std::optional(std::pair(inProcessBefore(i), traitsOf(mBefore.mInterfaces[i]))); },
-        [&](std::size_t i) { return std::optional(std::pair(inProcessNow(i), traitsOf(mNow.mInterfaces[i]))); });
+        [&](std::size_t i) { return std::optional(std::pair(inProcessBefore(i), traitsOf(allBefore[i]))); },
+        [&](std::size_t i) { return std::optional(std::pair(inProcessNow(i), traitsOf(allNow[i]))); });
     pairByKey(mInterfaces, inProcessBefore, inProcessNow);
     const Pairing stayed = mInterfaces;
     pairByKey(
@@ -201,7 +186,7 @@ void Matching::matchInterfaces()
         mClassCount += isNew;
         return place->second;
     };
-    mClassesNow.resize(mNow.mInterfaces.size());
+    mClassesNow.resize(allNow.size());
     for (std::size_t i = 0; i < mClassesNow.size(); ++i) {
         const bool hasMoved = mInterfaces.mBeforeOf[i] != stayed.mBeforeOf[i];
         mClassesNow[i] = hasMoved ? mClassCount++ : classOf(inProcessNow(i));

@@ -1,11 +1,10 @@
 #ifndef INSPECT_CHANGES_MATCHING_H
 #define INSPECT_CHANGES_MATCHING_H
 
-#include "inspect/bus/bus_state.h"
+#include "inspect/bus/bus_index.h"
 
 #include <cstddef>
 #include <limits>
-#include <unordered_map>
 #include <vector>
 
 // Who of one state is who in another one. Ids change with every start, and say nothing by themselves.
@@ -23,30 +22,20 @@ struct Pairing
     std::vector<std::size_t> mBeforeOf;
 };
 
-/// The processes of a state, and what is theirs. The state has to outlive it and stay as it is.
-struct Processes
-{
-    explicit Processes(const BusState& state);
+/// The process of an interface, by its place in the state; cNobody: it has none.
+std::size_t processOf(const BusIndex& index, std::size_t interface);
 
-    /// The communicators of each, in the order of the table; so are the processes themselves.
-    std::vector<std::vector<const Communicator*>> mList;
-    std::vector<std::size_t> mOwners; ///< of each interface, or cNobody
+/// The first communicator of the process of an interface; null when it has none.
+const Communicator* ownerOf(const BusIndex& index, std::size_t interface);
 
-    const Communicator& operator[](std::size_t place) const { return *mList[place].front(); }
-    /// Null when the interface has no owner.
-    const Communicator* ownerOf(std::size_t interface) const;
-};
-
-/// Two states side by side; they have to outlive it and stay as they are.
+/// Two states side by side; their indices have to outlive it.
 class Matching
 {
 public:
-    Matching(const BusState& before, const BusState& now);
+    Matching(const BusIndex& before, const BusIndex& now);
 
-    const BusState& mBefore;
-    const BusState& mNow;
-    Processes mProcessesBefore;
-    Processes mProcessesNow;
+    const BusIndex& mBefore;
+    const BusIndex& mNow;
     Pairing mProcesses;  ///< the same process, or the one that took its place
     Pairing mInterfaces; ///< of one name, role, domain and type
 

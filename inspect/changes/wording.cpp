@@ -108,7 +108,7 @@ std::string functionWords(const Json& before, const Json& now)
 
 std::string attributeWords(const Change& change)
 {
-    const std::string attribute = std::string(change.mAttribute) + ' ';
+    const std::string attribute = change.mAttribute + ' ';
     const std::string begin = change.mSign == Sign::eRestarted ? "restarted, " + attribute : attribute;
     if (change.mBefore.is_array() && change.mSign == Sign::eChanged) {
         return begin + functionWords(change.mBefore, change.mNow);
@@ -166,7 +166,7 @@ std::string lineOf(const Change& change)
     const std::string subject = subjectWords(change);
     std::string line = cSigns.at(static_cast<std::size_t>(change.mSign));
     line += kindWord(change.mKind) + (subject.empty() ? "" : ' ' + subject);
-    return line + (*change.mAttribute == '\0' ? detailWords(change) : ": " + attributeWords(change));
+    return line + (change.mAttribute.empty() ? detailWords(change) : ": " + attributeWords(change));
 }
 
 Json toJson(const Change& change)
@@ -183,7 +183,7 @@ Json toJson(const Change& change)
         json["receiver"] =
             change.mReceiver.mInterface == nullptr ? Json{{"id", change.mNumber}} : toJson(change.mReceiver);
     }
-    if (*change.mAttribute != '\0') {
+    if (!change.mAttribute.empty()) {
         json["attribute"] = change.mAttribute;
         json["before"] = change.mBefore;
         json["now"] = change.mNow;

@@ -3,6 +3,7 @@
 #include "inspect/commands/shared_options.h"
 #include "inspect/findings/contract/contract.h"
 #include "inspect/saved/json_rows.h"
+#include "inspect/saved/no_state.h"
 #include "inspect/view/cells.h"
 
 #include <algorithm>

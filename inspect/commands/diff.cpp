@@ -20,7 +20,7 @@ void writeText(std::ostream& out, const std::vector<Change>& changes, bool isCol
 
 Json whereAndWhen(const BusState& state)
 {
-    return {{"channel", nameToJson(state.mChannel)}, {"taken_at", timeText(state.mTakenAt)}};
+    return {{"channel", nameToJson(state.mChannel)}, {"taken_at", utcText(state.mTakenAt)}};
 }
 
 void writeJson(std::ostream& out, const BusState& before, const BusState& now, const std::vector<Change>& changes)

@@ -18,13 +18,12 @@ CLI::Option* addPattern(CLI::App& part, const char* option, std::optional<std::s
     return part.add_option(option, pattern, meaning)->type_name("PATTERN")->group("Filters");
 }
 
-/// An option for one of the words, of which `numberOf` knows the number.
+/// An option for one of the words, or for another text: none of them.
 void addWord(CLI::App& part, const char* option, std::optional<std::uint32_t>& number,
-             std::optional<std::uint32_t> (*numberOf)(std::string_view), std::vector<std::string> words,
-             const char* meaning)
+             Words meanings, std::vector<std::string> words, const char* meaning)
 {
     part.add_option_function<std::string>(
-            option, [&number, numberOf](const std::string& word) { number = numberOf(word); }, meaning)
+            option, [&number, meanings](const std::string& word) { number = numberFor(meanings, word); }, meaning)
         ->check(CLI::IsMember(std::move(words)).description(""))
         ->type_name("WORD")
         ->group("Filters");
@@ -75,8 +74,8 @@ void addFilterOptions(CLI::App& part, InterfaceFilter& filter)
     addPattern(part, "--domain", filter.mDomain, "Domain names like this");
     addPattern(part, "--app", filter.mOwner.mApplication, "Applications like this");
     part.add_option("--pid", filter.mOwner.mProcessId, "The process with this id")->type_name("PID")->group("Filters");
-    addWord(part, "--type", filter.mType, typeOf, {"skeleton", "stub"}, "skeleton (provides) or stub (uses)");
-    addWord(part, "--state", filter.mState, stateOf, {"registered", "preregistered", "any"},
+    addWord(part, "--type", filter.mType, cTypeWords, {"skeleton", "stub"}, "skeleton (provides) or stub (uses)");
+    addWord(part, "--state", filter.mState, cStateWords, {"registered", "preregistered", "any"},
             "registered, preregistered (required) or any");
 }
 

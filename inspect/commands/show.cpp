@@ -1,6 +1,5 @@
 #include "inspect/commands/show.h"
 
-#include "inspect/bus/relations.h"
 #include "inspect/commands/shared_options.h"
 #include "inspect/saved/json_rows.h"
 #include "inspect/view/interface_tree.h"
@@ -46,34 +45,34 @@ std::string missing(const std::vector<std::string>& words, const std::vector<con
     return text;
 }
 
-Json ownerJson(const Owners& owners, const Interface& interface)
+Json ownerJson(const BusIndex& index, const Interface& interface)
 {
-    const Communicator* const owner = owners.of(interface);
+    const Communicator* const owner = index.ownerOf(interface);
     return owner == nullptr ? Json() : toJson(*owner);
 }
 
 /// The other side of a connection: who it is, and whose.
-Json otherSide(const Owners& owners, const Interface& interface)
+Json otherSide(const BusIndex& index, const Interface& interface)
 {
     Json json = toJson(interface);
     json.erase("functions");
     json.erase("receivers");
-    json["owner"] = ownerJson(owners, interface);
+    json["owner"] = ownerJson(index, interface);
     return json;
 }
 
-Json wholeJson(const Interface& interface, const Owners& owners, const Connections& connections)
+Json wholeJson(const BusIndex& index, const Interface& interface)
 {
     Json json = toJson(interface);
-    json["owner"] = ownerJson(owners, interface);
+    json["owner"] = ownerJson(index, interface);
     Json& providers = json["providers"] = Json::array();
-    for (const Interface* const holder : connections.holdersOf(interface.mId)) {
-        providers.push_back(otherSide(owners, *holder));
+    for (const Interface* const holder : index.holdersOf(interface.mId)) {
+        providers.push_back(otherSide(index, *holder));
     }
     Json& users = json["users"] = Json::array();
     for (const std::uint16_t id : interface.mReceivers) {
-        for (const Interface* const user : connections.withId(id)) {
-            users.push_back(otherSide(owners, *user));
+        for (const Interface& user : index.interfacesWithId(id)) {
+            users.push_back(otherSide(index, user));
         }
     }
     return json;
@@ -89,33 +88,32 @@ Run addShowOptions(CLI::App& part)
     return [options](std::ostream& out) { return runShow(*options, out); };
 }
 
+void writeJson(std::ostream& out, const std::vector<const Interface*>& interfaces, const BusIndex& index)
+{
+    JsonRows rows(out, cListSchema, "interfaces");
+    for (const Interface* const interface : interfaces) {
+        rows.add(wholeJson(index, *interface));
+    }
+    rows.end();
+}
+
 } // namespace
 
 ExitStatus runShow(const ShowOptions& options, std::ostream& out)
 {
     const BusState state = readSource(options.mSource, {.mFunctions = true, .mProcesses = true});
+    const BusIndex index(state);
     const auto found = fitting(options.mWords, state);
     if (options.mJson) {
-        writeInterfaceJson(out, found, state);
+        writeJson(out, found, index);
     } else {
-        out << interfaceTree(found, state, options.mLook);
+        out << interfaceTree(found, index, options.mLook);
     }
     const std::string absent = missing(options.mWords, found);
     if (!absent.empty()) {
         complain("no such interface: " + absent);
     }
     return absent.empty() ? eExitYes : eExitNo;
-}
-
-void writeInterfaceJson(std::ostream& out, const std::vector<const Interface*>& interfaces, const BusState& state)
-{
-    const Owners owners(state);
-    const Connections connections(state);
-    JsonRows rows(out, cListSchema, "interfaces");
-    for (const Interface* const interface : interfaces) {
-        rows.add(wholeJson(*interface, owners, connections));
-    }
-    rows.end();
 }
 
 const Command cShowCommand{"show", "Show an interface whole: owner, functions, who provides it and who uses it",

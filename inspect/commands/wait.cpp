@@ -1,6 +1,6 @@
 #include "inspect/commands/wait.h"
 
-#include "inspect/bus/relations.h"
+#include "inspect/bus/bus_index.h"
 #include "inspect/cli/durations.h"
 #include "inspect/commands/shared_options.h"
 #include "inspect/live/look_memory.h"
@@ -22,10 +22,10 @@ constexpr std::chrono::milliseconds cPause{85};
 /// The names that are still waited for, for a complaint.
 std::string missing(const WaitOptions& options, const BusState& state)
 {
-    const Owners owners(state);
+    const BusIndex index(state);
     const auto isThere = [&](const std::string& name) {
         return std::ranges::any_of(state.mInterfaces, [&](const Interface& interface) {
-            return interface.mName == name && options.mFilter.fits(interface, owners.of(interface));
+            return interface.mName == name && options.mFilter.fits(interface, index.ownerOf(interface));
         });
     };
     std::string names;

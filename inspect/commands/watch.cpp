@@ -22,11 +22,6 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-milliseconds timeNow()
-{
-    return std::chrono::floor<milliseconds>(std::chrono::system_clock::now()).time_since_epoch();
-}
-
 /// All that has been told is written already.
 void endAtOnce(int)
 {
@@ -64,17 +59,17 @@ class Teller
 public:
     Teller(std::ostream& out, const ChangeOptions& options) : mOut(out), mOptions(options) {}
 
-    void tell(milliseconds time, const Change& change) { write(time, lineOf(change), toJson(change)); }
+    void tell(WallTime time, const Change& change) { write(time, lineOf(change), toJson(change)); }
 
     /// What is not about two states: "- channel OXABus: gone".
-    void tellOfChannel(milliseconds time, const char* sign, const std::string& channel, const std::string& what)
+    void tellOfChannel(WallTime time, const char* sign, const std::string& channel, const std::string& what)
     {
         const char* const change = *sign == '+' ? "added" : "removed";
         write(time, std::string(sign) + " channel " + printable(channel) + ": " + printable(what, Blanks::eKept),
               {{"change", change}, {"kind", "channel"}, {"channel", nameToJson(channel)}, {"what", nameToJson(what)}});
     }
 
-    void tellFinding(milliseconds time, const Finding& finding)
+    void tellFinding(WallTime time, const Finding& finding)
     {
         const Subject& subject = finding.mSubject;
         const bool isNamed = !subject.mName.empty();
@@ -87,14 +82,14 @@ public:
     }
 
 private:
-    void write(milliseconds time, const std::string& line, const Json& json)
+    void write(WallTime time, const std::string& line, const Json& json)
     {
         if (mOptions.mJson) {
-            Json object{{"schema", cDiffSchema}, {"time", timeText(time)}};
+            Json object{{"schema", cDiffSchema}, {"time", utcText(time)}};
             object.update(json);
             mOut << object << std::endl;
         } else {
-            mOut << timeText(time) << ' ' << (mOptions.mColors ? colored(line) : line) << std::endl;
+            mOut << utcText(time) << ' ' << (mOptions.mColors ? colored(line) : line) << std::endl;
         }
     }
 
@@ -180,7 +175,7 @@ bool Watch::look()
         const std::string why =
             (error.isMissing() ? mWasThere ? "gone, " : "waited for, " : "not usable, ") + std::string(error.what());
         if (why != mWhyNotThere) {
-            mTeller.tellOfChannel(timeNow(), "-", mOptions.mChannel, why);
+            mTeller.tellOfChannel(wallTimeNow(), "-", mOptions.mChannel, why);
         }
         mWhyNotThere = why;
         mIsThere = false;
@@ -201,7 +196,7 @@ bool Watch::tellFindings()
 {
     const std::vector<Finding> findings = mFindings.look();
     for (const Finding& finding : findings) {
-        mTeller.tellFinding(timeNow(), finding);
+        mTeller.tellFinding(wallTimeNow(), finding);
     }
     return !findings.empty();
 }

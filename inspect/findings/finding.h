@@ -2,7 +2,7 @@
 #define INSPECT_FINDINGS_FINDING_H
 
 #include "inspect/bus/bus_state.h"
-#include "inspect/saved/state_json.h"
+#include "inspect/saved/record_json.h"
 
 #include <cstdint>
 #include <string>

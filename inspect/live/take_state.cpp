@@ -53,22 +53,6 @@ void lookUpProcesses(std::vector<Communicator>& communicators)
     }
 }
 
-std::uint32_t& totalOf(Channel::SlotState state, SlotTotals& totals)
-{
-    switch (state) {
-    case Channel::eSlotStateReserved:
-        return totals.mReserved;
-    case Channel::eSlotStateWritten:
-        return totals.mWritten;
-    case Channel::eSlotStateMessage:
-        return totals.mMessage;
-    case Channel::eSlotStateData:
-        return totals.mData;
-    default:
-        return totals.mFree;
-    }
-}
-
 Slot readSlot(const Channel::MessageSlots& slots, Channel::DataChains& chains, std::uint32_t index,
               const Channel::SlotHead& head)
 {
@@ -108,11 +92,11 @@ void readMessages(oxa_zunic_communication_channel* channel, bool areSlotsWanted,
     messages.mReadable = slots.readable();
     messages.mLastWrittenIndex = Channel::loadShared(header.last_written_index);
     messages.mWriterCounter = Channel::loadShared(header.writer_counter);
-    messages.mTotals.mFree = slots.size() - slots.readable();
+    messages.mTotals[Channel::eSlotStateFree] = slots.size() - slots.readable();
     messages.mSlots.reserve(slots.readable()); // Pages that are not filled cost nothing, and nothing is moved.
     for (std::uint32_t i = 0; i < slots.readable(); ++i) {
         const Channel::SlotHead head = slots.head(i);
-        ++totalOf(head.mState, messages.mTotals);
+        ++messages.mTotals.at(head.mState);
         if (chains && head.mState != Channel::eSlotStateFree) {
             messages.mSlots.push_back(readSlot(slots, *chains, i, head));
         }
@@ -193,7 +177,7 @@ void failToLock(const std::string& channel)
 
 void signState(const std::string& channel, BusState& state)
 {
-    state.mTakenAt = std::chrono::floor<std::chrono::milliseconds>(std::chrono::system_clock::now()).time_since_epoch();
+    state.mTakenAt = wallTimeNow();
     state.mChannel = channel;
     state.mBootId = bootId();
     state.mProgramVersion = ZUNIC_INSPECT_VERSION;

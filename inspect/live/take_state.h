@@ -34,6 +34,14 @@ struct Wanted
     bool mSlotTotals = false; ///< of the messages all but the slots
 
     static constexpr Wanted everything() { return {true, true, true, true, true}; }
+
+    /// What one or the other wants.
+    constexpr Wanted operator|(const Wanted& other) const
+    {
+        return {mFunctions || other.mFunctions, mProcesses || other.mProcesses,
+                mMemoryManagers || other.mMemoryManagers, mMessages || other.mMessages,
+                mSlotTotals || other.mSlotTotals};
+    }
 };
 
 /// Attaches to the channel, takes its state, and detaches. Throws NoChannel.

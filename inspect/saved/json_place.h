@@ -1,13 +1,15 @@
 #ifndef INSPECT_SAVED_JSON_PLACE_H
 #define INSPECT_SAVED_JSON_PLACE_H
 
-#include "inspect/saved/state_json.h"
-
 #include <concepts>
 #include <limits>
+#include <nlohmann/json.hpp>
+#include <stdexcept>
 #include <string>
 
 namespace Inspect {
+
+using Json = nlohmann::ordered_json;
 
 /// Something in a state that is not as it has to be; where it is, and what was expected there.
 class Misplaced : public std::runtime_error

@@ -1,7 +1,7 @@
 #ifndef INSPECT_SAVED_JSON_ROWS_H
 #define INSPECT_SAVED_JSON_ROWS_H
 
-#include "inspect/saved/state_json.h"
+#include "inspect/saved/record_json.h"
 
 #include <ostream>
 

@@ -1,7 +1,9 @@
 #ifndef INSPECT_SAVED_READ_JSON_H
 #define INSPECT_SAVED_READ_JSON_H
 
+#include "channel/record_types.h"
 #include "inspect/saved/json_place.h"
+#include "inspect/saved/no_state.h"
 
 #include <functional>
 #include <istream>

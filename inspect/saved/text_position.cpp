@@ -1,6 +1,6 @@
 #include "inspect/saved/text_position.h"
 
-#include "inspect/saved/state_json.h"
+#include "inspect/saved/json_place.h"
 
 #include <algorithm>
 #include <vector>

@@ -1,10 +1,12 @@
 #ifndef INSPECT_VIEW_CELLS_H
 #define INSPECT_VIEW_CELLS_H
 
-#include "inspect/bus/bus_state.h"
+#include "inspect/bus/words.h"
 #include "inspect/view/table.h"
 
-// Cells that several tables have.
+#include <concepts>
+
+// Cells of lists and trees.
 
 namespace Inspect {
 
@@ -19,17 +21,49 @@ void appendListed(std::string& text, std::uint64_t number);
 Cell numberCell(std::uint64_t number);
 Cell stateCell(std::uint32_t state);
 Cell livingCell(Living living);
-Cell applicationCell(const Process& process);
-/// Seconds after the machine's boot.
-Cell startedCell(const Process& process);
 Cell idsCell(const IdSet& ids);
+Cell freeBlocksCell(const Channel::MemoryManagerFigures& figures);
+Cell usedShareCell(const Channel::MemoryManagerFigures& figures);
+/// What ends the chain before its time, and at which slot.
+Cell chainFaultCell(const Channel::DataChain& chain);
 
 // Empty where nobody is known.
 Cell applicationCell(const Communicator* owner);
 Cell processIdCell(const Communicator* owner);
 Cell livingCell(const Communicator* owner);
-/// Of an interface; empty when no communicator is recorded.
-Cell communicatorIdCell(const Interface& interface);
+
+// The cell of a member of a record, by its type; `words` as its Field has them.
+
+Cell cellOf(const std::string& name, Words words);
+Cell cellOf(const std::optional<std::string>& name, Words words);
+Cell cellOf(const Oxa::Version& version, Words words);
+/// In seconds.
+Cell cellOf(const std::optional<std::chrono::milliseconds>& time, Words words);
+Cell cellOf(Living living, Words words);
+Cell cellOf(Channel::SlotState state, Words words);
+Cell cellOf(const IdSet& ids, Words words);
+Cell cellOf(const Channel::DataChain& chain, Words words);
+Cell cellOf(const std::optional<OxaZunic::OxaZunicRangeLocation>& location, Words words);
+
+template <std::unsigned_integral Number>
+Cell cellOf(Number number, Words words)
+{
+    if (words.data() == cStateWords.data()) {
+        return stateCell(static_cast<std::uint32_t>(number));
+    }
+    return words.empty() ? numberCell(number) : Cell{wordFor(words, static_cast<std::uint32_t>(number))};
+}
+
+/// How a column of such members is shown.
+template <typename Value>
+ColumnKind columnKindOf(const Value& /*any*/, Words words)
+{
+    if (!words.empty() || std::is_same_v<Value, Oxa::Version>) {
+        return ColumnKind::eWord;
+    }
+    constexpr bool cIsTime = std::is_same_v<Value, std::optional<std::chrono::milliseconds>>;
+    return std::unsigned_integral<Value> || cIsTime ? ColumnKind::eNumber : ColumnKind::eText;
+}
 
 } // namespace Inspect
 

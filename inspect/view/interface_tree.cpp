@@ -1,7 +1,5 @@
 #include "inspect/view/interface_tree.h"
 
-#include "inspect/bus/relations.h"
-#include "inspect/bus/words.h"
 #include "inspect/view/cells.h"
 
 namespace Inspect {
@@ -29,7 +27,7 @@ Cell label(const std::string& text)
 class Tree
 {
 public:
-    Tree(const BusState& state, const TableLook& look) : mOwners(state), mConnections(state), mTable(cHeadings, look) {}
+    Tree(const BusIndex& index, const TableStyle& style) : mIndex(index), mTable(cHeadings, style) {}
 
     void add(const Interface& interface)
     {
@@ -44,7 +42,7 @@ public:
 private:
     Table::Line addInterface(const Interface& interface, Table::Line parent)
     {
-        const Communicator* const owner = mOwners.of(interface);
+        const Communicator* const owner = mIndex.ownerOf(interface);
         return mTable.addBranch({Cell{interface.mName}, Cell{interface.mRole}, Cell{interface.mDomain},
                                  numberCell(interface.mId), Cell{typeWord(interface.mType)},
                                  Cell{versionWord(interface.mVersion)}, stateCell(interface.mState),
@@ -67,7 +65,7 @@ private:
     /// A stub that nobody provides says so.
     void addProviders(const Interface& interface, Table::Line root)
     {
-        const auto& holders = mConnections.holdersOf(interface.mId);
+        const auto& holders = mIndex.holdersOf(interface.mId);
         if (holders.empty()) {
             if (interface.mType == Oxa::eInterfaceInstanceTypeStub) {
                 mTable.addBranch({label("provided by nobody")}, root);
@@ -96,25 +94,25 @@ private:
 
     void addUser(std::uint16_t id, Table::Line parent)
     {
-        const auto& users = mConnections.withId(id);
+        const auto users = mIndex.interfacesWithId(id);
         if (users.empty()) {
             mTable.addBranch({{"not there", cBadColor, Blanks::eKept}, {}, {}, numberCell(id)}, parent);
         }
-        for (const Interface* const user : users) {
-            addInterface(*user, parent);
+        for (const Interface& user : users) {
+            addInterface(user, parent);
         }
     }
 
-    Owners mOwners;
-    Connections mConnections;
+    const BusIndex& mIndex;
     Table mTable;
 };
 
 } // namespace
 
-std::string interfaceTree(const std::vector<const Interface*>& interfaces, const BusState& state, const TableLook& look)
+std::string interfaceTree(const std::vector<const Interface*>& interfaces, const BusIndex& index,
+                          const TableStyle& style)
 {
-    Tree tree(state, look);
+    Tree tree(index, style);
     for (const Interface* const interface : interfaces) {
         tree.add(*interface);
     }

@@ -1,21 +1,17 @@
 #ifndef INSPECT_VIEW_INTERFACE_TREE_H
 #define INSPECT_VIEW_INTERFACE_TREE_H
 
-#include "inspect/bus/bus_state.h"
+#include "inspect/bus/bus_index.h"
 #include "inspect/view/table.h"
 
-#include <ostream>
 #include <string>
 #include <vector>
 
 namespace Inspect {
 
 /// Each of the interfaces, which are of the state, with its functions, those that provide it and those that use it.
-std::string interfaceTree(const std::vector<const Interface*>& interfaces, const BusState& state,
-                          const TableLook& look);
-
-/// The same as JSON.
-void writeInterfaceJson(std::ostream& out, const std::vector<const Interface*>& interfaces, const BusState& state);
+std::string interfaceTree(const std::vector<const Interface*>& interfaces, const BusIndex& index,
+                          const TableStyle& style);
 
 } // namespace Inspect
 

@@ -29,16 +29,16 @@ void check(int result)
     }
 }
 
-int flagsOf(Kind kind)
+int flagsOf(ColumnKind kind)
 {
     switch (kind) {
-    case Kind::eWord:
+    case ColumnKind::eWord:
         return 0;
-    case Kind::eNumber:
+    case ColumnKind::eNumber:
         return SCOLS_FL_RIGHT;
-    case Kind::eTree:
+    case ColumnKind::eTree:
         return SCOLS_FL_TREE | SCOLS_FL_TRUNC;
-    case Kind::eText:
+    case ColumnKind::eText:
         break;
     }
     return SCOLS_FL_TRUNC | SCOLS_FL_WRAP; // Wrapped by the functions below: that is, never.
@@ -83,13 +83,13 @@ void Table::Release::operator()(libscols_table* table) const
     scols_unref_table(table);
 }
 
-Table::Table(const std::vector<Heading>& headings, const TableLook& look) : mTable(checked(scols_new_table()))
+Table::Table(const std::vector<Heading>& headings, const TableStyle& style) : mTable(checked(scols_new_table()))
 {
     // Cells are printable when they get there.
     check(scols_table_enable_noencoding(mTable.get(), 1));
     check(scols_table_enable_nowrap(mTable.get(), 1));
-    check(scols_table_enable_noheadings(mTable.get(), look.mHeadings ? 0 : 1));
-    check(scols_table_enable_colors(mTable.get(), look.mColors ? 1 : 0));
+    check(scols_table_enable_noheadings(mTable.get(), style.mHeadings ? 0 : 1));
+    check(scols_table_enable_colors(mTable.get(), style.mColors ? 1 : 0));
     for (const Heading& heading : headings) {
         libscols_column* const column =
             checked(scols_table_new_column(mTable.get(), heading.mName, 0, flagsOf(heading.mKind)));

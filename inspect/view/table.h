@@ -13,7 +13,7 @@ struct libscols_table;
 
 namespace Inspect {
 
-enum class Kind : std::uint8_t
+enum class ColumnKind : std::uint8_t
 {
     eText,   ///< cut where the terminal ends
     eWord,   ///< short, and of use only when it is whole
@@ -24,8 +24,9 @@ enum class Kind : std::uint8_t
 struct Heading
 {
     const char* mName;
-    Kind mKind = Kind::eText;
+    ColumnKind mKind = ColumnKind::eText;
 };
+using Kind = ColumnKind; // TODO remove
 
 /// What stands in a cell.
 struct Cell
@@ -40,11 +41,12 @@ struct Cell
 std::string shownText(const Cell& cell);
 
 /// How tables are shown; the command line's choice.
-struct TableLook
+struct TableStyle
 {
     bool mHeadings = true;
     bool mColors = false;
 };
+using TableLook = TableStyle; // TODO remove
 
 /// A table or tree for reading. Lines are cut to the width of the terminal when standard output is one.
 class Table
@@ -52,7 +54,7 @@ class Table
 public:
     using Line = libscols_line*;
 
-    Table(const std::vector<Heading>& headings, const TableLook& look);
+    Table(const std::vector<Heading>& headings, const TableStyle& style);
 
     /// As many cells as there are headings. An empty one shows as "-", so that each line has as many words as columns.
     Line addLine(const std::vector<Cell>& cells);

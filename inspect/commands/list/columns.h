@@ -5,10 +5,14 @@
 #include "inspect/view/table.h"
 
 #include <cstdint>
+#include <functional>
+#include <span>
 #include <string>
 #include <vector>
 
 namespace Inspect {
+
+struct ListRow;
 
 enum class Shown : std::uint8_t
 {
@@ -16,27 +20,20 @@ enum class Shown : std::uint8_t
     eOnRequest
 };
 
-/// What is to be known of a column without its rows.
-struct ColumnHead
+/// One column of a list.
+struct Column
 {
     const char* mName;
     const char* mMeaning;
-    Kind mKind = Kind::eText;
+    ColumnKind mKind;
+    std::function<Cell(const ListRow& row)> mCell;
     Shown mShown = Shown::eAlways;
-    /// What of a state it takes to fill it in.
-    Wanted mWanted = {};
-};
-
-template <typename Row>
-struct Column
-{
-    ColumnHead mHead;
-    Cell (*mCell)(const Row&);
+    Wanted mWanted = {}; ///< what of a state it takes to fill it in
 };
 
 /// The places of the columns that are named, separated by commas, in any case; "+" in front adds them to those that are
-/// shown always, and nothing at all means those. Throws UsageMistake for a name that there is not.
-std::vector<std::size_t> chooseColumns(const std::vector<ColumnHead>& heads, const std::string& choice);
+/// shown always, and nothing at all means those. Throws UsageMistake for an unknown name.
+std::vector<std::size_t> chooseColumns(std::span<const Column> columns, const std::string& choice);
 
 } // namespace Inspect
 

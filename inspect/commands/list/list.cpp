@@ -1,6 +1,9 @@
 #include "inspect/commands/list/list.h"
 
+#include "inspect/commands/list/lists.h"
 #include "inspect/commands/shared_options.h"
+#include "inspect/live/look_memory.h"
+#include "inspect/saved/json_rows.h"
 
 #include <algorithm>
 #include <array>
@@ -12,10 +15,14 @@ namespace {
 
 constexpr std::array cKinds{&cInterfaceList, &cCommunicatorList, &cProcessList, &cMemoryList, &cMessageList};
 
-struct ListCommandLine
+struct ListOptions
 {
     std::string mWhat = cInterfaceList.mWord;
-    ListOptions mOptions;
+    SourceOptions mSource;
+    InterfaceFilter mFilter;
+    std::string mColumns; ///< as chooseColumns takes them
+    TableStyle mStyle;
+    bool mJson = false;
 };
 
 /// The columns of each list, for --help.
@@ -25,10 +32,10 @@ std::string columnsHelp()
     for (const ListKind* const kind : cKinds) {
         text +=
             std::string(text.empty() ? "" : "\n") + "Columns of " + kind->mWord + " (* unless others are chosen):\n";
-        for (const ColumnHead& head : kind->mColumns()) {
-            std::string name = std::string(head.mShown == Shown::eAlways ? "* " : "  ") + head.mName;
+        for (const Column& column : kind->mColumns) {
+            std::string name = std::string(column.mShown == Shown::eAlways ? "* " : "  ") + column.mName;
             name.resize(std::max<std::size_t>(name.size() + 1, 17), ' ');
-            text += "  " + name + head.mMeaning + "\n";
+            text += "  " + name + column.mMeaning + "\n";
         }
     }
     text.pop_back(); // The last newline.
@@ -56,28 +63,68 @@ void checkFilters(const CLI::App& part, const ListKind& kind)
     }
 }
 
+/// What the answer will be made of, and no more.
+Wanted wantedFor(const ListKind& kind, const ListOptions& options, const std::vector<std::size_t>& places)
+{
+    Wanted wanted = kind.mWanted | Wanted{.mProcesses = options.mFilter.mOwner.mApplication.has_value()};
+    if (options.mJson) {
+        return wanted | kind.mWantedForJson;
+    }
+    for (const std::size_t place : places) {
+        wanted = wanted | kind.mColumns[place].mWanted;
+    }
+    return wanted;
+}
+
+void writeJson(std::ostream& out, const ListKind& kind, const std::vector<ListRow>& rows)
+{
+    JsonRows array(out, cListSchema, kind.mWord);
+    for (const ListRow& row : rows) {
+        array.add(kind.mJson(row));
+    }
+    array.end();
+}
+
+ExitStatus runList(const ListKind& kind, const ListOptions& options, std::ostream& out)
+{
+    const auto places = chooseColumns(kind.mColumns, options.mColumns);
+    const LookMemory memory;
+    const BusState state = readSource(options.mSource, wantedFor(kind, options, places));
+    const BusIndex index(state);
+    const std::vector<ListRow> rows = kind.mRows(index, options.mFilter);
+    if (options.mJson) {
+        writeJson(out, kind, rows);
+    } else if (!rows.empty()) {
+        out << listTable(kind, rows, places, options.mStyle);
+    }
+    if (rows.empty()) {
+        complain(std::string("no ") + kind.mOne + " fits");
+        return eExitNo;
+    }
+    return eExitYes;
+}
+
 Run addListOptions(CLI::App& part)
 {
-    const auto line = std::make_shared<ListCommandLine>();
-    ListOptions& options = line->mOptions;
-    part.add_option("what", line->mWhat, "interfaces (if nothing is said), communicators, processes, memory, messages")
+    const auto options = std::make_shared<ListOptions>();
+    part.add_option("what", options->mWhat, "interfaces (if nothing is said), communicators, processes, memory, messages")
         ->type_name("")
         ->multi_option_policy(CLI::MultiOptionPolicy::Throw);
-    addSourceOptions(part, options.mSource);
-    auto* const json = part.add_flag("--json", options.mJson, "JSON instead of a table");
-    part.add_option("-o,--output", options.mColumns, "These columns only; +COLUMN,... adds some")
+    addSourceOptions(part, options->mSource);
+    auto* const json = part.add_flag("--json", options->mJson, "JSON instead of a table");
+    part.add_option("-o,--output", options->mColumns, "These columns only; +COLUMN,... adds some")
         ->type_name("COLUMN,...")
         ->excludes(json);
-    addLookOptions(part, options.mLook);
-    part.add_option("--name", options.mFilter.mName, "Interfaces with names like this")
+    addLookOptions(part, options->mStyle);
+    part.add_option("--name", options->mFilter.mName, "Interfaces with names like this")
         ->type_name("PATTERN")
         ->group("Filters");
-    addFilterOptions(part, options.mFilter);
+    addFilterOptions(part, options->mFilter);
     part.footer(columnsHelp());
-    return [line, &part](std::ostream& out) {
-        const ListKind& kind = kindFor(line->mWhat);
+    return [options, &part](std::ostream& out) {
+        const ListKind& kind = kindFor(options->mWhat);
         checkFilters(part, kind);
-        return kind.mRun(line->mOptions, out);
+        return runList(kind, *options, out);
     };
 }
 

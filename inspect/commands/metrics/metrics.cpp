@@ -1,5 +1,6 @@
 #include "inspect/commands/metrics/metrics.h"
 
+#include "inspect/bus/bus_index.h"
 #include "inspect/bus/words.h"
 #include "inspect/commands/metrics/metrics_text.h"
 #include "inspect/commands/shared_options.h"
@@ -11,7 +12,6 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <set>
 #include <utility>
 
 namespace Inspect {
@@ -32,11 +32,10 @@ struct Metric
 };
 
 /// A number that means nothing has no word: a damaged bus would give Prometheus a series for each.
-std::string wordOrOther(std::uint32_t number, std::string (*wordFor)(std::uint32_t),
-                        std::optional<std::uint32_t> (*numberFor)(std::string_view))
+std::string wordOrOther(Words words, std::uint32_t number)
 {
-    const std::string word = wordFor(number);
-    return numberFor(word) == number ? word : "other";
+    const std::string word = wordFor(words, number);
+    return numberFor(words, word) ? word : "other";
 }
 
 void addInterfaces(MetricsText& text, const Looks& looks)
@@ -48,7 +47,7 @@ void addInterfaces(MetricsText& text, const Looks& looks)
         }
     }
     for (const Interface& interface : looks.mNow.mInterfaces) {
-        ++counts[{wordOrOther(interface.mType, typeWord, typeOf), wordOrOther(interface.mState, stateWord, stateOf)}];
+        ++counts[{wordOrOther(cTypeWords, interface.mType), wordOrOther(cStateWords, interface.mState)}];
     }
     for (const auto& [words, count] : counts) {
         text.add(static_cast<double>(count), {{"type", words.first}, {"state", words.second}});
@@ -57,11 +56,7 @@ void addInterfaces(MetricsText& text, const Looks& looks)
 
 void addLinks(MetricsText& text, const Looks& looks)
 {
-    std::size_t links = 0;
-    for (const Interface& interface : looks.mNow.mInterfaces) {
-        links += interface.mReceivers.size();
-    }
-    text.add(static_cast<double>(links));
+    text.add(static_cast<double>(BusIndex(looks.mNow).totals().mLinks));
 }
 
 void addCommunicators(MetricsText& text, const Looks& looks)
@@ -71,23 +66,14 @@ void addCommunicators(MetricsText& text, const Looks& looks)
 
 void addDeadProcesses(MetricsText& text, const Looks& looks)
 {
-    std::set<std::uint32_t> dead;
-    for (const Communicator& communicator : looks.mNow.mCommunicators) {
-        if (communicator.mProcess.mLiving == Living::eNo) {
-            dead.insert(communicator.mProcessId);
-        }
-    }
-    text.add(static_cast<double>(dead.size()));
+    text.add(static_cast<double>(BusIndex(looks.mNow).totals().mDeadProcesses));
 }
 
 void addSlots(MetricsText& text, const Looks& looks)
 {
-    const SlotTotals& totals = looks.mNow.mMessages.mTotals;
-    text.add(totals.mFree, {{"state", slotStateWord(Channel::eSlotStateFree)}});
-    text.add(totals.mReserved, {{"state", slotStateWord(Channel::eSlotStateReserved)}});
-    text.add(totals.mWritten, {{"state", slotStateWord(Channel::eSlotStateWritten)}});
-    text.add(totals.mMessage, {{"state", slotStateWord(Channel::eSlotStateMessage)}});
-    text.add(totals.mData, {{"state", slotStateWord(Channel::eSlotStateData)}});
+    for (const auto& [state, word] : cSlotStateWords) {
+        text.add(looks.mNow.mMessages.mTotals.at(state), {{"state", word}});
+    }
 }
 
 void addWriterCounter(MetricsText& text, const Looks& looks)
@@ -130,7 +116,7 @@ void addMutexHeld(MetricsText& text, const Looks& looks)
 
 void addTaken(MetricsText& text, const Looks& looks)
 {
-    text.add(looks.mNow.mTakenAt);
+    text.add(looks.mNow.mTakenAt.time_since_epoch());
 }
 
 constexpr Metric cTaken{"zunic_taken_timestamp_seconds", "When the bus was looked at, since 1970 in UTC.", addTaken};
@@ -200,7 +186,7 @@ void writeMetrics(std::ostream& out, const BusState& now, const BusState* before
     text.end();
 }
 
-void writeNoBus(std::ostream& out, const std::string& channel, std::chrono::milliseconds time)
+void writeNoBus(std::ostream& out, const std::string& channel, WallTime time)
 {
     BusState none;
     none.mTakenAt = time;
@@ -218,10 +204,7 @@ ExitStatus runMetrics(const MetricsOptions& options, std::ostream& out)
         deliver(options, out, [&](std::ostream& to) { writeMetrics(to, looks.back(), before); });
         return eExitYes;
     } catch (const NoChannel&) {
-        const auto now = std::chrono::system_clock::now().time_since_epoch();
-        deliver(options, out, [&](std::ostream& to) {
-            writeNoBus(to, options.mSource.mChannel, std::chrono::duration_cast<std::chrono::milliseconds>(now));
-        });
+        deliver(options, out, [&](std::ostream& to) { writeNoBus(to, options.mSource.mChannel, wallTimeNow()); });
         throw;
     }
 }

@@ -22,8 +22,8 @@ ExitStatus runMetrics(const MetricsOptions& options, std::ostream& out);
 /// The figures of a bus; `before` is an earlier look, or null.
 void writeMetrics(std::ostream& out, const BusState& now, const BusState* before);
 
-/// That there was no bus to be read at that time, since 1970 in UTC.
-void writeNoBus(std::ostream& out, const std::string& channel, std::chrono::milliseconds time);
+/// That there was no bus to be read at that time.
+void writeNoBus(std::ostream& out, const std::string& channel, WallTime time);
 
 extern const Command cMetricsCommand;
 

@@ -1,7 +1,7 @@
 #include "inspect/commands/page/page_data.h"
 
 #include "inspect/bus/words.h"
-#include "inspect/saved/state_json.h"
+#include "inspect/saved/record_json.h"
 
 #include <charconv>
 #include <unordered_map>
@@ -144,7 +144,7 @@ private:
         mText.raw("{\"channel\":");
         mText.name(mState.mChannel);
         key("taken");
-        mText.raw(std::to_string(mState.mTakenAt.count()));
+        mText.raw(std::to_string(mState.mTakenAt.time_since_epoch().count()));
         key("boot");
         mText.name(mState.mBootId);
         key("version");

@@ -1,5 +1,6 @@
 #include "inspect/commands/top/details.h"
 
+#include "inspect/bus/bus_index.h"
 #include "inspect/bus/words.h"
 #include "inspect/commands/top/text_fit.h"
 #include "inspect/view/cells.h"
@@ -27,8 +28,8 @@ void append(Lines& lines, const char* what, const std::string& table)
 Lines valueLines(const TableView& view, std::size_t width)
 {
     Lines lines;
-    for (const auto& [head, cell] : view.chosenCells()) {
-        std::string name = head.mName;
+    for (const auto& [column, cell] : view.chosenCells()) {
+        std::string name = column.mName;
         for (const std::string& part : brokenInto(shownText(cell), width - cNameWidth)) {
             lines.push_back(fitted(name, cNameWidth) + part);
             name.clear();
@@ -45,15 +46,16 @@ Lines interfaceLines(std::uint32_t id, const BusState& state)
             interfaces.push_back(&interface);
         }
     }
-    return linesOf(interfaceTree(interfaces, state, {}));
+    return linesOf(interfaceTree(interfaces, BusIndex(state), {}));
 }
 
 void appendProcess(Lines& lines, std::uint32_t processId, const BusState& state)
 {
+    const BusIndex index(state);
     InterfaceFilter filter;
     filter.mOwner.mProcessId = processId;
-    append(lines, "Its interfaces:", cInterfaceList.mTable(state, filter, {}));
-    append(lines, "Its communicators:", cCommunicatorList.mTable(state, filter, {}));
+    append(lines, "Its interfaces:", listTable(cInterfaceList, index, filter));
+    append(lines, "Its communicators:", listTable(cCommunicatorList, index, filter));
 }
 
 /// Its receivers by name, and the slots of its chain.

@@ -1,8 +1,6 @@
 #ifndef INSPECT_COMMANDS_TOP_FIGURES_H
 #define INSPECT_COMMANDS_TOP_FIGURES_H
 
-#include "inspect/bus/bus_state.h"
-
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -23,20 +21,6 @@ struct Rate
 /// What two values of a writer counter, which wraps at 16 bits, tell when so much time lies between them. No bus is
 /// taken to write more than 50,000 messages a second, unless the values come near that by themselves.
 Rate messageRate(std::uint16_t before, std::uint16_t now, std::chrono::duration<double> elapsed);
-
-struct Totals
-{
-    std::size_t mInterfaces = 0;
-    std::size_t mCommunicators = 0;
-    std::size_t mProcesses = 0;
-    std::size_t mDeadProcesses = 0; ///< of these
-    std::size_t mLinks = 0;         ///< receivers in all receiver sets
-
-    bool operator==(const Totals& other) const = default;
-};
-
-/// The processes have to be looked up in that state.
-Totals totalsOf(const BusState& state);
 
 } // namespace Inspect
 

@@ -41,7 +41,7 @@ public:
     /// Gravest first.
     const std::vector<Finding>& findings() const { return mFindings; }
     /// The look that they are of, as BusState tells it.
-    std::chrono::milliseconds checkedAt() const { return mChecked ? mChecked->mTakenAt : std::chrono::milliseconds(0); }
+    WallTime checkedAt() const { return mChecked ? mChecked->mTakenAt : WallTime(); }
     /// Whether the last look was for what is wrong, too.
     bool hasChecked() const { return mChecked != nullptr && mChecked == mNow.mState; }
 

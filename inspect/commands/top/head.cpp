@@ -1,5 +1,6 @@
 #include "inspect/commands/top/head.h"
 
+#include "inspect/bus/bus_index.h"
 #include "inspect/cli/printable.h"
 #include "inspect/commands/top/text_fit.h"
 #include "inspect/findings/finding.h"
@@ -8,7 +9,6 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <ctime>
 
 namespace Inspect {
 
@@ -18,16 +18,6 @@ using std::chrono::milliseconds;
 
 constexpr std::size_t cGap = 2;
 constexpr std::chrono::seconds cOldCheck{3}; ///< when it is told of what time the findings are
-
-std::string timeText(milliseconds sinceEpoch)
-{
-    const std::time_t time = std::chrono::duration_cast<std::chrono::seconds>(sinceEpoch).count();
-    std::tm local{};
-    localtime_r(&time, &local);
-    std::array<char, 16> text{};
-    std::strftime(text.data(), text.size(), "%H:%M:%S", &local);
-    return text.data();
-}
 
 /// Fields side by side, in as many lines as it takes.
 std::vector<FieldLine> flow(const FieldLine& fields, std::size_t width)
@@ -52,7 +42,7 @@ FieldLine titleFields(const HeadOptions& options, const BusState* now)
 {
     FieldLine fields{{printable(options.mChannel)}};
     if (now != nullptr) {
-        fields.push_back({timeText(now->mTakenAt)});
+        fields.push_back({clockText(now->mTakenAt)});
     }
     if (options.mIsPaused) {
         fields.push_back({"paused", cUneasyColor});
@@ -92,26 +82,20 @@ Field rateField(const std::optional<Rate>& rate)
 
 void addSlots(FieldLine& fields, const MessageStorage& now, const MessageStorage* before)
 {
-    constexpr std::array<std::pair<const char*, std::uint32_t SlotTotals::*>, 5> cStates{{
-        {"free", &SlotTotals::mFree},
-        {"reserved", &SlotTotals::mReserved},
-        {"written", &SlotTotals::mWritten},
-        {"message", &SlotTotals::mMessage},
-        {"data", &SlotTotals::mData},
-    }};
     fields.push_back({labelled("slots", now.mSize)});
-    for (const auto& [word, member] : cStates) {
-        const std::uint32_t number = now.mTotals.*member;
-        fields.push_back({labelled(word, number), member == &SlotTotals::mFree && number == 0 ? cBadColor : nullptr,
-                          before != nullptr && before->mTotals.*member != number});
+    for (const auto& [state, word] : cSlotStateWords) {
+        const std::uint32_t number = now.mTotals.at(state);
+        fields.push_back({labelled(word, number),
+                          state == Channel::eSlotStateFree && number == 0 ? cBadColor : nullptr,
+                          before != nullptr && before->mTotals.at(state) != number});
     }
 }
 
 FieldLine totalFields(const Follower& follower)
 {
-    const Totals now = totalsOf(*follower.now());
+    const BusTotals now = BusIndex(*follower.now()).totals();
     const BusState* const stateBefore = follower.before();
-    const Totals before = stateBefore == nullptr ? now : totalsOf(*stateBefore);
+    const BusTotals before = stateBefore == nullptr ? now : BusIndex(*stateBefore).totals();
     FieldLine fields{
         total("interfaces", now.mInterfaces, &before.mInterfaces),
         total("communicators", now.mCommunicators, &before.mCommunicators),
@@ -167,7 +151,7 @@ FieldLine findingFields(const Follower& follower)
         }
     }
     if (follower.now()->mTakenAt - follower.checkedAt() >= cOldCheck) {
-        fields.push_back({"at " + timeText(follower.checkedAt())});
+        fields.push_back({"at " + clockText(follower.checkedAt())});
     }
     if (!findings.empty()) {
         fields.push_back({findingText(findings.front())});

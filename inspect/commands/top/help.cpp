@@ -33,7 +33,7 @@ std::vector<std::string> helpLines(const TableView& view)
 {
     std::vector<std::string> lines = cKeyHelp;
     lines.insert(lines.end(), {"", std::string("Columns of ") + view.kind().mWord + ":"});
-    for (const ColumnHead& column : view.columns()) {
+    for (const Column& column : view.columns()) {
         lines.push_back(fitted(column.mName, 14) + column.mMeaning);
     }
     return lines;

@@ -25,7 +25,7 @@ std::string headingOf(const TableView& view, std::size_t column)
 }
 
 /// Makes the widest text narrower until all fits, or all texts are narrow.
-void narrow(std::vector<std::size_t>& widths, const std::vector<ColumnHead>& columns, std::size_t room)
+void narrow(std::vector<std::size_t>& widths, const std::vector<Column>& columns, std::size_t room)
 {
     std::size_t needed = cGap * (widths.size() - 1);
     for (const std::size_t width : widths) {

@@ -38,35 +38,33 @@ bool contains(const std::string& text, const std::string& part)
 
 TableView::Identity TableView::Rows::identityOf(std::size_t row) const
 {
-    const auto first = std::ranges::lower_bound(mKeys, mKeys[row]) - mKeys.begin();
-    return {mKeys[row], row - static_cast<std::size_t>(first)};
+    const std::uint32_t key = mRows[row].mKey;
+    const auto first = std::ranges::lower_bound(mRows, key, {}, &ListRow::mKey) - mRows.begin();
+    return {key, row - static_cast<std::size_t>(first)};
 }
 
 std::optional<std::size_t> TableView::Rows::rowOf(const Identity& identity) const
 {
-    const auto first = std::ranges::lower_bound(mKeys, identity.mKey) - mKeys.begin();
+    const auto first = std::ranges::lower_bound(mRows, identity.mKey, {}, &ListRow::mKey) - mRows.begin();
     const std::size_t row = static_cast<std::size_t>(first) + identity.mOccurrence;
-    return row < mKeys.size() && mKeys[row] == identity.mKey ? std::optional(row) : std::nullopt;
+    return row < mRows.size() && mRows[row].mKey == identity.mKey ? std::optional(row) : std::nullopt;
 }
 
 TableView::Rows TableView::rowsOf(const ListKind& kind, const BusState* state)
 {
     Rows rows;
     if (state != nullptr) {
-        rows.mRows = kind.mRows(*state);
-        rows.mKeys.reserve(rows.mRows->size());
-        for (std::size_t row = 0; row < rows.mRows->size(); ++row) {
-            rows.mKeys.push_back(rows.mRows->key(row));
-        }
+        rows.mIndex = std::make_unique<BusIndex>(*state);
+        rows.mRows = kind.mRows(*rows.mIndex, {});
     }
     return rows;
 }
 
 TableView::TableView(const ListKind& kind)
-    : mKind(kind), mAllColumns(kind.mColumns()), mPlaces(chooseColumns(mAllColumns, ""))
+: mKind(kind), mPlaces(chooseColumns(kind.mColumns, ""))
 {
     for (const std::size_t place : mPlaces) {
-        mColumns.push_back(mAllColumns[place]);
+        mColumns.push_back(mKind.mColumns[place]);
     }
 }
 
@@ -107,7 +105,7 @@ void TableView::filterBy(const std::string& text)
 /// The line that was chosen stays so; when it has gone, the one that took its place is.
 void TableView::arrange()
 {
-    mOrder.resize(mNow.mKeys.size());
+    mOrder.resize(mNow.mRows.size());
     std::iota(mOrder.begin(), mOrder.end(), std::size_t{0});
     if (!mFilter.empty()) {
         std::erase_if(mOrder, [&](std::size_t row) { return !passesFilter(row); });
@@ -125,15 +123,15 @@ void TableView::arrange()
 bool TableView::passesFilter(std::size_t row) const
 {
     return std::ranges::any_of(
-        mPlaces, [&](std::size_t place) { return contains(shownText(mNow.mRows->cell(row, place)), mFilter); });
+        mPlaces, [&](std::size_t place) { return contains(shownText(mKind.mColumns[place].mCell(mNow.mRows[row])), mFilter); });
 }
 
 void TableView::sort()
 {
     if (mSortColumn > 0) { // Else they are sorted already.
-        std::vector<SortKey> keys(mNow.mKeys.size());
+        std::vector<SortKey> keys(mNow.mRows.size());
         for (const std::size_t row : mOrder) {
-            keys[row] = sortKey(mNow.mRows->cell(row, mPlaces[mSortColumn]), mColumns[mSortColumn].mKind);
+            keys[row] = sortKey(mColumns[mSortColumn].mCell(mNow.mRows[row]), mColumns[mSortColumn].mKind);
         }
         std::ranges::stable_sort(mOrder, {}, [&](std::size_t row) -> const SortKey& { return keys[row]; });
     }
@@ -162,11 +160,13 @@ std::optional<std::uint32_t> TableView::chosen() const
     return mOrder.empty() ? std::nullopt : std::optional(mChosen->mKey);
 }
 
-std::vector<std::pair<ColumnHead, Cell>> TableView::chosenCells() const
+std::vector<std::pair<Column, Cell>> TableView::chosenCells() const
 {
-    std::vector<std::pair<ColumnHead, Cell>> cells;
-    for (std::size_t column = 0; column < mAllColumns.size() && !mOrder.empty(); ++column) {
-        cells.emplace_back(mAllColumns[column], mNow.mRows->cell(mOrder[mPosition], column));
+    std::vector<std::pair<Column, Cell>> cells;
+    if (!mOrder.empty()) {
+        for (const Column& column : mKind.mColumns) {
+            cells.emplace_back(column, column.mCell(mNow.mRows[mOrder[mPosition]]));
+        }
     }
     return cells;
 }
@@ -185,10 +185,10 @@ TableView::Line TableView::lineOf(std::size_t row) const
 {
     const auto rowBefore = mBefore.rowOf(mNow.identityOf(row));
     Line line;
-    for (const std::size_t place : mPlaces) {
-        const Cell cell = mNow.mRows->cell(row, place);
-        const bool isSame = rowBefore && mBefore.mRows->cell(*rowBefore, place).mBytes == cell.mBytes;
-        line.mCells.push_back({shownText(cell), cell.mColor, mBefore.mRows != nullptr && !isSame});
+    for (const Column& column : mColumns) {
+        const Cell cell = column.mCell(mNow.mRows[row]);
+        const bool isSame = rowBefore && column.mCell(mBefore.mRows[*rowBefore]).mBytes == cell.mBytes;
+        line.mCells.push_back({shownText(cell), cell.mColor, mBefore.mIndex != nullptr && !isSame});
     }
     return line;
 }

@@ -1,7 +1,7 @@
 #ifndef INSPECT_COMMANDS_TOP_TABLE_VIEW_H
 #define INSPECT_COMMANDS_TOP_TABLE_VIEW_H
 
-#include "inspect/commands/list/list.h"
+#include "inspect/commands/list/lists.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -35,7 +35,7 @@ public:
 
     const ListKind& kind() const { return mKind; }
     /// Those that `list` shows always.
-    const std::vector<ColumnHead>& columns() const { return mColumns; }
+    const std::vector<Column>& columns() const { return mColumns; }
 
     /// Shows another state, marked against the one before, which may be null. Both have to stay as they are until the
     /// next call.
@@ -59,10 +59,10 @@ public:
     std::size_t size() const { return mOrder.size(); }
     /// Position of the chosen line; 0 when there is none.
     std::size_t position() const { return mPosition; }
-    /// What tells the chosen line from others: see ListRows. None when nothing is shown.
+    /// What tells the chosen line from others: see ListRow. None when nothing is shown.
     std::optional<std::uint32_t> chosen() const;
     /// Each column of the chosen line, also those that are not shown; none when nothing is shown.
-    std::vector<std::pair<ColumnHead, Cell>> chosenCells() const;
+    std::vector<std::pair<Column, Cell>> chosenCells() const;
 
     /// The lines from `first` on, `count` at most.
     std::vector<Line> lines(std::size_t first, std::size_t count) const;
@@ -78,8 +78,8 @@ private:
 
     struct Rows
     {
-        std::unique_ptr<ListRows> mRows;
-        std::vector<std::uint32_t> mKeys; ///< in ascending order
+        std::unique_ptr<BusIndex> mIndex; ///< null: there is no state
+        std::vector<ListRow> mRows;       ///< by their keys
 
         Identity identityOf(std::size_t row) const;
         std::optional<std::size_t> rowOf(const Identity& identity) const;
@@ -94,9 +94,8 @@ private:
     Line lineOf(std::size_t row) const;
 
     const ListKind& mKind;
-    std::vector<ColumnHead> mAllColumns;
     std::vector<std::size_t> mPlaces; ///< of the columns that are shown, among all
-    std::vector<ColumnHead> mColumns;
+    std::vector<Column> mColumns;
     const BusState* mShown = nullptr; ///< what mNow was made of
     Rows mNow;
     Rows mBefore;

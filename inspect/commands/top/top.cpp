@@ -1,6 +1,6 @@
 #include "inspect/commands/top/top.h"
 
-#include "inspect/commands/list/listing.h"
+#include "inspect/commands/list/lists.h"
 #include "inspect/commands/top/details.h"
 #include "inspect/commands/top/follower.h"
 #include "inspect/commands/top/head.h"
@@ -112,8 +112,8 @@ private:
         mLookedAt = Clock::now();
         const auto spentBefore = processorTime();
         const Page& page = cPages[mPage];
-        const Wanted ofPage = mSheet == Sheet::eDetails ? both(page.mWanted, page.mWantedForDetails) : page.mWanted;
-        mFollower.look(both(cAlwaysWanted, ofPage));
+        const Wanted ofPage = mSheet == Sheet::eDetails ? page.mWanted | page.mWantedForDetails : page.mWanted;
+        mFollower.look(cAlwaysWanted | ofPage);
         if (mFollower.now() == nullptr) {
             view().clear();
             mLookedAt = Clock::now(); // It may have waited for the mutex: there shall be time for keys.

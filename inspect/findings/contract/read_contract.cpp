@@ -32,7 +32,7 @@ bool readFlag(const JsonPlace& place)
 
 std::uint32_t readType(const JsonPlace& place)
 {
-    const auto type = typeOf(place.text());
+    const auto type = numberFor(cTypeWords, place.text());
     if (!type) {
         place.expected("\"skeleton\" or \"stub\"");
     }

@@ -1,7 +1,7 @@
 #include "inspect/bus/words.h"
 #include "inspect/findings/contract/connected_users.h"
 #include "inspect/findings/contract/contract.h"
-#include "inspect/saved/state_json.h"
+#include "inspect/saved/record_json.h"
 
 #include <algorithm>
 #include <map>
@@ -46,7 +46,7 @@ std::map<Identity, Kept> whatIsKept(const BusState& state)
     std::map<Identity, Kept> all;
     for (const Interface& interface : state.mInterfaces) {
         if (interface.mState != oxa_zunic_registration_state_registered ||
-            typeOf(typeWord(interface.mType)) == std::nullopt) {
+            !numberFor(cTypeWords, typeWord(interface.mType))) {
             continue;
         }
         const Communicator* const owner = owners.of(interface);

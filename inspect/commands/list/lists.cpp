@@ -1,0 +1,276 @@
+#include "inspect/commands/list/lists.h"
+
+#include "inspect/bus/fields.h"
+#include "inspect/view/cells.h"
+
+#include <algorithm>
+#include <unordered_map>
+
+namespace Inspect {
+
+namespace {
+
+constexpr Wanted cProcesses{.mProcesses = true};
+constexpr Wanted cFunctions{.mFunctions = true};
+
+/// The column of a member, headed and shown as the field table has it.
+template <typename Record, typename Value>
+Column column(Value Record::*member, const char* meaning, Shown shown = Shown::eAlways, Wanted wanted = {})
+{
+    const Field<Record, Value> field = fieldOf(member);
+    const auto cell = [field](const ListRow& row) {
+        const Record* const record = row.record<Record>();
+        return record == nullptr ? Cell{} : cellOf(record->*field.mMember, field.mWords);
+    };
+    return {field.mTitle, meaning, columnKindOf(Value(), field.mWords), cell, shown, wanted};
+}
+
+/// Another column of the interface list, or of one that names an interface or its communicator.
+Column column(const char* name, const char* meaning, ColumnKind kind, Cell (*cell)(const ListRow&),
+              Shown shown = Shown::eAlways, Wanted wanted = {})
+{
+    return {name, meaning, kind, cell, shown, wanted};
+}
+
+std::vector<ListRow> interfaceRows(const BusIndex& index, const InterfaceFilter& filter)
+{
+    std::vector<ListRow> rows;
+    for (const Interface& interface : index.state().mInterfaces) {
+        if (const Communicator* const owner = index.ownerOf(interface); filter.fits(interface, owner)) {
+            const Process* const process = owner == nullptr ? nullptr : &owner->mProcess;
+            rows.push_back({interface.mId, {&interface, owner, process, {}, {}, {}}});
+        }
+    }
+    return rows;
+}
+
+Cell communicatorIdCell(const ListRow& row)
+{
+    const std::uint16_t id = row.record<Interface>()->mCommunicatorId;
+    return id == Channel::cNoCommunicator ? Cell{} : numberCell(id);
+}
+
+Cell functionCountCell(const ListRow& row)
+{
+    const auto& functions = row.record<Interface>()->mFunctions;
+    return functions ? numberCell(functions->size()) : Cell{};
+}
+
+Cell receiverCountCell(const ListRow& row)
+{
+    return numberCell(row.record<Interface>()->mReceivers.size());
+}
+
+const std::vector<Column> cInterfaceColumns{
+    column(&Interface::mId, "id of the interface"),
+    column(&Interface::mName, "its name"),
+    column(&Interface::mRole, "its role"),
+    column(&Interface::mDomain, "its domain"),
+    column(&Interface::mType, "skeleton (provides it) or stub (uses it)"),
+    column(&Interface::mVersion, "its version"),
+    column(&Interface::mState, "registered, or preregistered: required, but not there yet"),
+    column("COMM", "id of its communicator", ColumnKind::eNumber, communicatorIdCell, Shown::eOnRequest),
+    column("FUNCTIONS", "how many functions it has", ColumnKind::eNumber, functionCountCell, Shown::eOnRequest,
+           cFunctions),
+    column("RECEIVERS", "how many interfaces are in its receiver set", ColumnKind::eNumber, receiverCountCell,
+           Shown::eOnRequest),
+    column(&Communicator::mProcessId, "process that it belongs to"),
+    column(&Process::mLiving, "whether that process lives", Shown::eOnRequest, cProcesses),
+    column(&Process::mApplication, "application of that process", Shown::eAlways, cProcesses),
+};
+
+std::vector<ListRow> communicatorRows(const BusIndex& index, const InterfaceFilter& filter)
+{
+    std::unordered_map<std::uint16_t, std::size_t> interfaces;
+    for (const Interface& interface : index.state().mInterfaces) {
+        ++interfaces[interface.mCommunicatorId];
+    }
+    std::vector<ListRow> rows;
+    for (const Communicator& communicator : index.state().mCommunicators) {
+        if (filter.mOwner.fits(&communicator)) {
+            rows.push_back({communicator.mId,
+                            {{}, &communicator, &communicator.mProcess, {}, {}, {}},
+                            interfaces[communicator.mId]});
+        }
+    }
+    return rows;
+}
+
+const std::vector<Column> cCommunicatorColumns{
+    column(&Communicator::mId, "id of the communicator"),
+    column(&Communicator::mState, "registered, for one"),
+    column("INTERFACES", "how many interfaces belong to it", ColumnKind::eNumber,
+           [](const ListRow& row) { return numberCell(row.mInterfaces); }),
+    column(&Communicator::mProcessId, "process that it belongs to"),
+    column(&Process::mStartedAfterBoot, "when that process started, in seconds after the boot", Shown::eAlways,
+           cProcesses),
+    column(&Process::mLiving, "whether it lives", Shown::eAlways, cProcesses),
+    column(&Process::mApplication, "its application", Shown::eAlways, cProcesses),
+};
+
+std::vector<ListRow> processRows(const BusIndex& index, const InterfaceFilter& filter)
+{
+    std::vector<ListRow> rows;
+    for (const BusProcess& process : index.processes()) {
+        if (filter.mOwner.fits(process.id(), process.process())) {
+            rows.push_back({process.id(), {{}, process.mCommunicators.front(), &process.process(), &process, {}, {}}});
+        }
+    }
+    std::ranges::sort(rows, {}, &ListRow::mKey);
+    return rows;
+}
+
+/// How many registered interfaces of that type the process has.
+std::size_t countRegistered(const ListRow& row, std::uint32_t type)
+{
+    const auto isCounted = [&](const Interface* interface) {
+        return interface->mType == type && interface->mState == oxa_zunic_registration_state_registered;
+    };
+    return static_cast<std::size_t>(std::ranges::count_if(row.record<BusProcess>()->mInterfaces, isCounted));
+}
+
+std::size_t countProvided(const ListRow& row)
+{
+    return countRegistered(row, Oxa::eInterfaceInstanceTypeSkeleton);
+}
+
+std::size_t countUsed(const ListRow& row)
+{
+    return countRegistered(row, Oxa::eInterfaceInstanceTypeStub);
+}
+
+IdSet communicatorIds(const ListRow& row)
+{
+    IdSet ids;
+    for (const Communicator* const communicator : row.record<BusProcess>()->mCommunicators) {
+        ids.push_back(communicator->mId);
+    }
+    return ids;
+}
+
+Json processJson(const ListRow& row)
+{
+    Json json{{"pid", row.mKey}};
+    json.update(toJson(*row.record<Process>()));
+    json["communicators"] = communicatorIds(row);
+    json["provides"] = countProvided(row);
+    json["uses"] = countUsed(row);
+    return json;
+}
+
+const std::vector<Column> cProcessColumns{
+    column(&Communicator::mProcessId, "id of the process"),
+    column(&Process::mStartedAfterBoot, "when it started, in seconds after the boot", Shown::eAlways, cProcesses),
+    column(&Process::mLiving, "whether it lives", Shown::eAlways, cProcesses),
+    column("PROVIDES", "how many interfaces it provides: registered skeletons", ColumnKind::eNumber,
+           [](const ListRow& row) { return numberCell(countProvided(row)); }),
+    column("USES", "how many interfaces it uses: registered stubs", ColumnKind::eNumber,
+           [](const ListRow& row) { return numberCell(countUsed(row)); }),
+    column("COMMUNICATORS", "ids of its communicators", ColumnKind::eText,
+           [](const ListRow& row) { return idsCell(communicatorIds(row)); }),
+    column(&Process::mApplication, "its application", Shown::eAlways, cProcesses),
+};
+
+std::vector<ListRow> memoryRows(const BusIndex& index, const InterfaceFilter& /*none*/)
+{
+    std::vector<ListRow> rows;
+    for (const Channel::MemoryManagerFigures& figures : index.state().mMemoryManagers) {
+        rows.push_back({static_cast<std::uint32_t>(rows.size()), {{}, {}, {}, {}, &figures, {}}});
+    }
+    return rows;
+}
+
+const std::vector<Column> cMemoryColumns{
+    column("MANAGER", "index of the memory manager", ColumnKind::eNumber,
+           [](const ListRow& row) { return numberCell(row.mKey); }),
+    column(&Channel::MemoryManagerFigures::mBlockSize, "size of a block in bytes"),
+    column(&Channel::MemoryManagerFigures::mInitialBlocks, "blocks in the beginning"),
+    column(&Channel::MemoryManagerFigures::mAdditionalBlocks, "blocks that each enlargement adds"),
+    column(&Channel::MemoryManagerFigures::mTotalBlocks, "blocks now"),
+    column(&Channel::MemoryManagerFigures::mUsedBlocks, "blocks in use"),
+    column("FREE", "blocks not in use", ColumnKind::eNumber,
+           [](const ListRow& row) { return freeBlocksCell(*row.record<Channel::MemoryManagerFigures>()); }),
+    column("USE%", "share in use", ColumnKind::eNumber,
+           [](const ListRow& row) { return usedShareCell(*row.record<Channel::MemoryManagerFigures>()); }),
+};
+
+std::vector<ListRow> messageRows(const BusIndex& index, const InterfaceFilter& /*none*/)
+{
+    std::vector<ListRow> rows;
+    rows.reserve(index.state().mMessages.mSlots.size());
+    for (const Slot& slot : index.state().mMessages.mSlots) {
+        rows.push_back({slot.mIndex, {index.interfaceWithId(slot.mSenderId), {}, {}, {}, {}, &slot}});
+    }
+    return rows;
+}
+
+const std::vector<Column> cMessageColumns{
+    column(&Slot::mIndex, "index of the slot"),
+    column(&Slot::mState, "reserved, written (being filled), message (there to be read) or data (of a message's chain)"),
+    column(&Slot::mWriterCounter, "writer counter"),
+    column(&Slot::mUserDataSize, "size of the user data"),
+    column(&Slot::mSenderId, "id of the sending interface"),
+    column(&Interface::mName, "its name"),
+    column(&Interface::mRole, "its role", Shown::eOnRequest),
+    column(&Slot::mReceivers, "ids of the receiving interfaces"),
+    column(&Slot::mChain, "slots with its data entries, in their order"),
+    column(&Slot::mExternal, "memory manager and block of its external data entry"),
+    column("FAULT", "what ends its data entries before their time, and at which slot", ColumnKind::eText,
+           [](const ListRow& row) { return chainFaultCell(row.record<Slot>()->mChain); }),
+};
+
+/// As in a saved state.
+template <typename Record>
+Json recordJson(const ListRow& row)
+{
+    return toJson(*row.record<Record>());
+}
+
+} // namespace
+
+const ListKind cInterfaceList{
+    "interfaces",      "interface",   Filters::eAll,         {}, {.mFunctions = true},
+    cInterfaceColumns, interfaceRows, recordJson<Interface>,
+};
+const ListKind cCommunicatorList{
+    "communicators",      "communicator",   Filters::eOwner,          {}, cProcesses,
+    cCommunicatorColumns, communicatorRows, recordJson<Communicator>,
+};
+const ListKind cProcessList{
+    "processes", "process", Filters::eOwner, {}, cProcesses, cProcessColumns, processRows, processJson,
+};
+const ListKind cMemoryList{
+    "memory",       "memory manager", Filters::eNone, {.mMemoryManagers = true}, {},
+    cMemoryColumns, memoryRows,       recordJson<Channel::MemoryManagerFigures>,
+};
+const ListKind cMessageList{
+    "messages",      "message slot", Filters::eNone,   {.mMessages = true}, {},
+    cMessageColumns, messageRows,    recordJson<Slot>,
+};
+
+std::string listTable(const ListKind& kind, const std::vector<ListRow>& rows, const std::vector<std::size_t>& places,
+                      const TableStyle& style)
+{
+    std::vector<Heading> headings;
+    for (const std::size_t place : places) {
+        headings.push_back({kind.mColumns[place].mName, kind.mColumns[place].mKind});
+    }
+    Table table(headings, style);
+    for (const ListRow& row : rows) {
+        std::vector<Cell> cells;
+        cells.reserve(places.size());
+        for (const std::size_t place : places) {
+            cells.push_back(kind.mColumns[place].mCell(row));
+        }
+        table.addLine(cells);
+    }
+    return table.text();
+}
+
+std::string listTable(const ListKind& kind, const BusIndex& index, const InterfaceFilter& filter)
+{
+    const std::vector<ListRow> rows = kind.mRows(index, filter);
+    return rows.empty() ? "" : listTable(kind, rows, chooseColumns(kind.mColumns, ""), {});
+}
+
+} // namespace Inspect
