@@ -141,7 +141,9 @@ const Case cCases[] = {
     {[](BusState& s) { s.mMemoryManagers[0].mUsedBlocks = 36; }, {}, {}},
     {[](BusState& s) { s.mMemoryManagers[1].mUsedBlocks = 21; }, {"error pool-accounting"}, {"error pool-accounting"}},
     {[](BusState& s) { s.mMemoryManagers[0].mTotalBlocks = 41; }, {"error pool-accounting"}, {"error pool-accounting"}},
-    {[](BusState& s) { s.mMessages.mTotals[Channel::eSlotStateFree] = 3; }, {"warning slots-low"}, {"warning slots-low"}},
+    {[](BusState& s) { s.mMessages.mTotals[Channel::eSlotStateFree] = 3; },
+     {"warning slots-low"},
+     {"warning slots-low"}},
     {[](BusState& s) { s.mMessages.mTotals[Channel::eSlotStateFree] = 0; }, {"warning slots-low"}, {"error slots-low"}},
     {[](BusState& s) { slot(s).mState = Channel::eSlotStateReserved; }, {}, {"warning stuck-slot"}},
     {[](BusState& s) {

@@ -110,8 +110,7 @@ std::size_t BusIndex::connectedStubs(const Interface& interface) const
 {
     std::set<const Interface*> stubs;
     const auto add = [&](const Interface& other) {
-        if (other.mType == Oxa::eInterfaceInstanceTypeStub &&
-            other.mState == oxa_zunic_registration_state_registered) {
+        if (other.mType == Oxa::eInterfaceInstanceTypeStub && other.mState == oxa_zunic_registration_state_registered) {
             stubs.insert(&other);
         }
     };
@@ -187,7 +186,8 @@ BusTotals BusIndex::totals() const
                      .mCommunicators = mState.mCommunicators.size(),
                      .mProcesses = processes().size()};
     for (const BusProcess& process : processes()) {
-        totals.mDeadProcesses += process.process().mLiving == Living::eNo ? 1U : 0U;
+        const auto isDead = [](const Communicator* one) { return one->mProcess.mLiving == Living::eNo; };
+        totals.mDeadProcesses += std::ranges::any_of(process.mCommunicators, isDead) ? 1U : 0U;
     }
     for (const Interface& interface : mState.mInterfaces) {
         totals.mLinks += interface.mReceivers.size();

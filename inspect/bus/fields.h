@@ -13,7 +13,7 @@ namespace Inspect {
 /// When another value of a member is a change of the bus.
 enum class Difference : std::uint8_t
 {
-    eNever,  ///< it identifies the record, or is compared in a way of its own
+    eNever, ///< it identifies the record, or is compared in a way of its own
     eAlways,
     eTraffic ///< it changes with every message
 };

@@ -22,6 +22,7 @@ struct Word
 using Words = std::span<const Word>;
 
 inline constexpr Word cTypeWordList[]{
+    {Oxa::eInterfaceInstanceTypeUndefined, "undefined"},
     {Oxa::eInterfaceInstanceTypeStub, "stub"},
     {Oxa::eInterfaceInstanceTypeSkeleton, "skeleton"},
 };

@@ -163,7 +163,8 @@ void Comparison::compareProcesses()
     const Pairing& pairing = mMatching.mProcesses;
     for (std::size_t before = 0; before < pairing.mNowOf.size(); ++before) {
         if (pairing.mNowOf[before] == cNobody) {
-            tell(Sign::eRemoved, ChangeKind::eProcess, {nullptr, mMatching.mBefore.processes()[before].mCommunicators.front()});
+            tell(Sign::eRemoved, ChangeKind::eProcess,
+                 {nullptr, mMatching.mBefore.processes()[before].mCommunicators.front()});
         } else {
             compareProcess(before, pairing.mNowOf[before]);
         }
@@ -251,8 +252,7 @@ void compareMessages(const MessageStorage& before, const MessageStorage& now, st
 {
     const auto compare = [&](const char* attribute, std::uint32_t old, std::uint32_t fresh) {
         if (old != fresh) {
-            changes.push_back(
-                {.mKind = ChangeKind::eMessages, .mAttribute = attribute, .mBefore = old, .mNow = fresh});
+            changes.push_back({.mKind = ChangeKind::eMessages, .mAttribute = attribute, .mBefore = old, .mNow = fresh});
         }
     };
     compare("slots", before.mSize, now.mSize);

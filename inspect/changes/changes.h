@@ -43,12 +43,12 @@ struct Change
 {
     Sign mSign = Sign::eChanged;
     ChangeKind mKind = ChangeKind::eProcess;
-    Party mSubject{};            ///< of a link, the interface whose receiver set it is in
-    Party mReceiver{};           ///< of a link
-    std::size_t mNumber = 0;     ///< of a link, the receiver's id; of a memory manager, its index
-    std::string mAttribute{};    ///< what of it is another one; "" where it came or went
-    Json mBefore = nullptr;      ///< the attribute: a number, a word, a name, an owner, or an array of names or ids
-    Json mNow = nullptr;         ///< as well
+    Party mSubject{};         ///< of a link, the interface whose receiver set it is in
+    Party mReceiver{};        ///< of a link
+    std::size_t mNumber = 0;  ///< of a link, the receiver's id; of a memory manager, its index
+    std::string mAttribute{}; ///< what of it is another one; "" where it came or went
+    Json mBefore = nullptr;   ///< the attribute: a number, a word, a name, an owner, or an array of names or ids
+    Json mNow = nullptr;      ///< as well
 };
 
 /// Messages come and go all the time, and so do the blocks that they lie in.

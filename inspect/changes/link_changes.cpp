@@ -42,7 +42,7 @@ struct Side
     }
 
     const BusIndex& mIndex;
-    const std::vector<std::size_t>& mClasses; ///< of the interfaces
+    const std::vector<std::size_t>& mClasses;       ///< of the interfaces
     std::vector<std::vector<std::size_t>> mMembers; ///< the interfaces of each class
 };
 
@@ -113,8 +113,7 @@ void appendLinkChanges(const Matching& matching, std::vector<Change>& changes)
         const auto isSame = [&] {
             const auto& members = before.mMembers[i];
             return members.size() == 1 && now.mMembers[i].size() == 1 &&
-                   before.interfaces()[members[0]].mReceivers ==
-                       now.interfaces()[now.mMembers[i][0]].mReceivers;
+                   before.interfaces()[members[0]].mReceivers == now.interfaces()[now.mMembers[i][0]].mReceivers;
         };
         if (!areSameIds || !isSame()) {
             compareLinksFrom(i, before, now, changes);

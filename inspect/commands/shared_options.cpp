@@ -19,8 +19,8 @@ CLI::Option* addPattern(CLI::App& part, const char* option, std::optional<std::s
 }
 
 /// An option for one of the words, or for another text: none of them.
-void addWord(CLI::App& part, const char* option, std::optional<std::uint32_t>& number,
-             Words meanings, std::vector<std::string> words, const char* meaning)
+void addWord(CLI::App& part, const char* option, std::optional<std::uint32_t>& number, Words meanings,
+             std::vector<std::string> words, const char* meaning)
 {
     part.add_option_function<std::string>(
             option, [&number, meanings](const std::string& word) { number = numberFor(meanings, word); }, meaning)

@@ -11,7 +11,8 @@ void find(const Looks& looks, const Rule& rule, Findings& findings)
     if (std::uint64_t{free} * 10 >= messages.mSize) {
         return; // Also where there are no slots at all.
     }
-    const bool isError = free == 0 && looks.mBefore != nullptr && looks.mBefore->state().mMessages.mTotals[Channel::eSlotStateFree] == 0;
+    const bool isError =
+        free == 0 && looks.mBefore != nullptr && looks.mBefore->state().mMessages.mTotals[Channel::eSlotStateFree] == 0;
     add(findings, rule, isError ? Severity::eError : Severity::eWarning, {},
         std::to_string(free) + " of " + std::to_string(messages.mSize) + " message slots are free");
 }

@@ -44,14 +44,13 @@ void readValue(const JsonPlace& place, Words words, Number& number)
 }
 
 template <typename Enumeration>
-    requires std::is_enum_v<Enumeration>
-Json valueToJson(Enumeration value, Words words)
+requires std::is_enum_v<Enumeration> Json valueToJson(Enumeration value, Words words)
 {
     return wordFor(words, static_cast<std::uint32_t>(value));
 }
 
 template <typename Enumeration>
-    requires std::is_enum_v<Enumeration>
+requires std::is_enum_v<Enumeration>
 void readValue(const JsonPlace& place, Words words, Enumeration& value)
 {
     const auto number = numberFor(words, place.text());

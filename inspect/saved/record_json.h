@@ -6,8 +6,9 @@
 
 #include <nlohmann/json.hpp>
 
-// The records of a state as JSON, as docs/bus_state.schema.json has it. Numbers are numbers; states and types are words,
-// or numbers where the bus has one without a meaning; a name is a string if it is valid UTF-8, else an array of bytes.
+// The records of a state as JSON, as docs/bus_state.schema.json has it. Numbers are numbers; states and types are
+// words, or numbers where the bus has one without a meaning; a name is a string if it is valid UTF-8, else an array of
+// bytes.
 
 namespace Inspect {
 

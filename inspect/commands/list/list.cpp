@@ -107,7 +107,8 @@ ExitStatus runList(const ListKind& kind, const ListOptions& options, std::ostrea
 Run addListOptions(CLI::App& part)
 {
     const auto options = std::make_shared<ListOptions>();
-    part.add_option("what", options->mWhat, "interfaces (if nothing is said), communicators, processes, memory, messages")
+    part.add_option("what", options->mWhat,
+                    "interfaces (if nothing is said), communicators, processes, memory, messages")
         ->type_name("")
         ->multi_option_policy(CLI::MultiOptionPolicy::Throw);
     addSourceOptions(part, options->mSource);

@@ -112,8 +112,9 @@ std::vector<ListRow> processRows(const BusIndex& index, const InterfaceFilter& f
 {
     std::vector<ListRow> rows;
     for (const BusProcess& process : index.processes()) {
-        if (filter.mOwner.fits(process.id(), process.process())) {
-            rows.push_back({process.id(), {{}, process.mCommunicators.front(), &process.process(), &process, {}, {}}});
+        const Communicator* const last = process.mCommunicators.back(); // All name the same process.
+        if (filter.mOwner.fits(process.id(), last->mProcess)) {
+            rows.push_back({process.id(), {{}, last, &last->mProcess, &process, {}, {}}});
         }
     }
     std::ranges::sort(rows, {}, &ListRow::mKey);
@@ -206,7 +207,8 @@ std::vector<ListRow> messageRows(const BusIndex& index, const InterfaceFilter& /
 
 const std::vector<Column> cMessageColumns{
     column(&Slot::mIndex, "index of the slot"),
-    column(&Slot::mState, "reserved, written (being filled), message (there to be read) or data (of a message's chain)"),
+    column(&Slot::mState,
+           "reserved, written (being filled), message (there to be read) or data (of a message's chain)"),
     column(&Slot::mWriterCounter, "writer counter"),
     column(&Slot::mUserDataSize, "size of the user data"),
     column(&Slot::mSenderId, "id of the sending interface"),
@@ -229,23 +231,22 @@ Json recordJson(const ListRow& row)
 } // namespace
 
 const ListKind cInterfaceList{
-    "interfaces",      "interface",   Filters::eAll,         {}, {.mFunctions = true},
-    cInterfaceColumns, interfaceRows, recordJson<Interface>,
+    "interfaces",         "interface",       Filters::eAll, {},
+    {.mFunctions = true}, cInterfaceColumns, interfaceRows, recordJson<Interface>,
 };
 const ListKind cCommunicatorList{
-    "communicators",      "communicator",   Filters::eOwner,          {}, cProcesses,
-    cCommunicatorColumns, communicatorRows, recordJson<Communicator>,
+    "communicators", "communicator",       Filters::eOwner,  {},
+    cProcesses,      cCommunicatorColumns, communicatorRows, recordJson<Communicator>,
 };
 const ListKind cProcessList{
     "processes", "process", Filters::eOwner, {}, cProcesses, cProcessColumns, processRows, processJson,
 };
 const ListKind cMemoryList{
-    "memory",       "memory manager", Filters::eNone, {.mMemoryManagers = true}, {},
-    cMemoryColumns, memoryRows,       recordJson<Channel::MemoryManagerFigures>,
+    "memory", "memory manager", Filters::eNone, {.mMemoryManagers = true},
+    {},       cMemoryColumns,   memoryRows,     recordJson<Channel::MemoryManagerFigures>,
 };
 const ListKind cMessageList{
-    "messages",      "message slot", Filters::eNone,   {.mMessages = true}, {},
-    cMessageColumns, messageRows,    recordJson<Slot>,
+    "messages", "message slot", Filters::eNone, {.mMessages = true}, {}, cMessageColumns, messageRows, recordJson<Slot>,
 };
 
 std::string listTable(const ListKind& kind, const std::vector<ListRow>& rows, const std::vector<std::size_t>& places,

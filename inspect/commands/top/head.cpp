@@ -85,8 +85,7 @@ void addSlots(FieldLine& fields, const MessageStorage& now, const MessageStorage
     fields.push_back({labelled("slots", now.mSize)});
     for (const auto& [state, word] : cSlotStateWords) {
         const std::uint32_t number = now.mTotals.at(state);
-        fields.push_back({labelled(word, number),
-                          state == Channel::eSlotStateFree && number == 0 ? cBadColor : nullptr,
+        fields.push_back({labelled(word, number), state == Channel::eSlotStateFree && number == 0 ? cBadColor : nullptr,
                           before != nullptr && before->mTotals.at(state) != number});
     }
 }

@@ -60,8 +60,7 @@ TableView::Rows TableView::rowsOf(const ListKind& kind, const BusState* state)
     return rows;
 }
 
-TableView::TableView(const ListKind& kind)
-: mKind(kind), mPlaces(chooseColumns(kind.mColumns, ""))
+TableView::TableView(const ListKind& kind) : mKind(kind), mPlaces(chooseColumns(kind.mColumns, ""))
 {
     for (const std::size_t place : mPlaces) {
         mColumns.push_back(mKind.mColumns[place]);
@@ -122,8 +121,9 @@ void TableView::arrange()
 
 bool TableView::passesFilter(std::size_t row) const
 {
-    return std::ranges::any_of(
-        mPlaces, [&](std::size_t place) { return contains(shownText(mKind.mColumns[place].mCell(mNow.mRows[row])), mFilter); });
+    return std::ranges::any_of(mPlaces, [&](std::size_t place) {
+        return contains(shownText(mKind.mColumns[place].mCell(mNow.mRows[row])), mFilter);
+    });
 }
 
 void TableView::sort()
