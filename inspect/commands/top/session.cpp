@@ -226,7 +226,7 @@ void Session::open(Sheet sheet)
 {
     mSheet = sheet;
     mScrolled = 0;
-    mIsLookDue = sheet == Sheet::eDetails;
+    mIsLookDue = mIsLookDue || sheet == Sheet::eDetails;
     mOpened = view().chosen();
 }
 
@@ -247,6 +247,9 @@ void Session::close()
 
 void Session::navigate(KeyKind kind)
 {
+    if (mIsLookDue) {
+        look(); // The table may have been turned to just now: there are no lines yet.
+    }
     const auto page = static_cast<std::ptrdiff_t>(mScreen.height() / 2);
     constexpr std::ptrdiff_t cFar = 1 << 30;
     switch (kind) {
