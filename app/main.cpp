@@ -1,5 +1,5 @@
 #include "app/oxa_zunic_enquirer_app_main.h"
-#include "channel/registry_snapshot.h"
+#include "channel/snapshot_memory.h"
 
 #include <dlt/dlt_common.h>
 #include <fcntl.h>

@@ -3,6 +3,7 @@
 #include "inspect/live/bus_follower.h"
 #include "inspect/live/take_state.h"
 #include "support/churning_bus.h"
+#include "support/live_bus.h"
 #include "support/program.h"
 
 #include <gmock/gmock.h>
@@ -425,34 +426,65 @@ TEST(Diff, WordsWhatANeighbourMayWriteSafelyAndKnowsADeadProcessByWhatItHad)
     }
 }
 
+constexpr Wanted cFollowed{.mFunctions = true, .mProcesses = true, .mMemoryManagers = true};
+
 TEST(Follower, LosesNothingOfAChurningBusAndSeesProcessesEnd)
 {
     TestSupport::ChurningBus bus(3);
-    BusFollower follower(bus.name());
-    ASSERT_TRUE(follower.look());
+    BusFollower follower(bus.name(), BusFollower::Past::eRemembered);
+    follower.look(cFollowed);
+    ASSERT_NE(follower.now(), nullptr);
     std::optional<TestSupport::ForkedChild> victim;
     for (int looks = 0; looks < 200; ++looks) {
-        const BusState last = follower.now();
+        const BusState last = *follower.now();
         if (looks % 40 == 10) {
             victim.emplace(bus.startVictim());
         } else if (looks % 40 == 30) {
             victim.reset();
         }
-        if (follower.look()) {
-            ASSERT_TRUE(follower.before() == last);
-            expectWhole(last, follower.now(), changesBetween(last, follower.now(), Traffic::eLeftOut));
-        }
+        follower.look(cFollowed);
+        ASSERT_TRUE(*follower.before() == last);
+        expectWhole(last, *follower.now(), changesBetween(last, *follower.now(), Traffic::eLeftOut));
     }
     for (const pid_t process : bus.processes()) {
         kill(process, SIGKILL);
     }
-    const auto isQuiet = [&] { return !follower.look() && !follower.look(); };
-    EXPECT_TRUE(TestSupport::waitUntil(isQuiet));
-    EXPECT_EQ(Model(follower.now()).facts(), Model(takeState(bus.name(), Wanted::everything())).facts());
-    const std::size_t dead = static_cast<std::size_t>(std::ranges::count(
-        follower.now().mCommunicators, Living::eNo, [](const Communicator& it) { return it.mProcess.mLiving; }));
-    EXPECT_EQ(dead, follower.now().mCommunicators.size());
-    EXPECT_TRUE(follower.now().mCommunicators.front().mProcess.mApplication) << "it was known while it lived";
+    const auto isLiving = [](const Communicator& it) { return it.mProcess.mLiving != Living::eNo; };
+    EXPECT_TRUE(
+        TestSupport::waitUntil([&] { // The look after the one that sees the last of them dead sees all they did.
+            follower.look(cFollowed);
+            return follower.now() == follower.before() &&
+                   std::ranges::none_of(follower.now()->mCommunicators, isLiving);
+        }));
+    EXPECT_EQ(Model(*follower.now()).facts(), Model(takeState(bus.name(), Wanted::everything())).facts());
+    EXPECT_TRUE(follower.now()->mCommunicators.front().mProcess.mApplication) << "it was known while it lived";
+}
+
+TEST(Follower, HasNothingToShowOfAChannelThatIsGoneAndANewStateWhenItIsBack)
+{
+    const std::string name = TestSupport::uniqueChannelName();
+    for (const auto past : {BusFollower::Past::eForgotten, BusFollower::Past::eRemembered}) {
+        BusFollower follower(name, past);
+        follower.look(cFollowed);
+        EXPECT_EQ(follower.now(), nullptr);
+        EXPECT_TRUE(follower.trouble() && follower.trouble()->isMissing());
+        std::shared_ptr<const BusState> last;
+        for (int times = 0; times < 2; ++times) {
+            std::optional channel = ZunicHosting::HostedChannel::create({.name = name});
+            follower.look(cFollowed);
+            ASSERT_NE(follower.now(), nullptr);
+            EXPECT_NE(follower.now(), last);
+            EXPECT_EQ(follower.before(), nullptr);
+            EXPECT_FALSE(follower.trouble());
+            last = follower.now();
+            follower.look(cFollowed);
+            EXPECT_EQ(follower.before(), last);
+            EXPECT_EQ(follower.now() == last, past == BusFollower::Past::eRemembered) << "nothing has changed";
+            channel.reset();
+            follower.look(cFollowed);
+            EXPECT_EQ(follower.now(), nullptr);
+        }
+    }
 }
 
 } // namespace

@@ -106,8 +106,17 @@ keys 4 Down Down Enter
 sees '*written*Its receivers:*Route*Dashboard*Its chain:*3 data*5 data*'
 escape '*messages 3/14*'
 
+# Keys that come at once, before a look has filled the table.
+at_once() { "${terminal[@]}" send-keys "$@"; }
+at_once 3 Down Enter
+sees '*BLOCKSIZE      4096*Esc close*'
+escape '*memory 2/2*'
+
 keys p
 sees '*paused*'
+at_once 2 h
+sees '*Columns of interfaces:*'
+escape '*paused*+ID NAME*interfaces */12*'
 keys p d
 "${terminal[@]}" send-keys -l soon
 keys Enter
@@ -119,7 +128,8 @@ sees '*every 60s*'
 # What has changed is bold. No look comes between, but that of the key.
 keys 1
 sees '*processes 1/6*'
-logger=$(grep -l "^[0-9]* (loggerd) . $bus " /proc/[0-9]*/stat 2>/dev/null | head -n 1)
+# Others may end while their files are read.
+logger=$(grep -l "^[0-9]* (loggerd) . $bus " /proc/[0-9]*/stat 2>/dev/null | head -n 1 || true)
 kill -9 "$(basename "${logger%/stat}")"
 for ((i = 0; i < 600; ++i)); do
   ! grep -q ') [^ZX] ' "$logger" 2>/dev/null || sleep 0.05

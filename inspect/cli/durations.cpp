@@ -4,7 +4,9 @@
 
 #include <CLI/CLI.hpp>
 
+#include <array>
 #include <cstdint>
+#include <cstdio>
 #include <map>
 
 namespace Inspect {
@@ -31,6 +33,28 @@ std::optional<milliseconds> readDuration(const char* option, const std::string& 
     }
     throw UsageMistake(std::string(option) +
                        ": expected a time such as 10s, 500ms, 2m or 1h (49 days at most), 0, or none");
+}
+
+milliseconds readInterval(const char* option, const std::string& text, milliseconds shortest)
+{
+    const auto interval = readDuration(option, text);
+    if (!interval || *interval < shortest) {
+        const bool isAny = shortest == milliseconds(1);
+        throw UsageMistake(std::string(option) + ": expected " +
+                           (isAny ? "a time above 0" : "at least " + durationText(shortest)));
+    }
+    return *interval;
+}
+
+std::string durationText(milliseconds duration)
+{
+    const auto count = duration.count();
+    if (count < 1000) {
+        return std::to_string(count) + "ms";
+    }
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), "%.*fs", count % 1000 == 0 ? 0 : 1, static_cast<double>(count) / 1000);
+    return text.data();
 }
 
 } // namespace Inspect

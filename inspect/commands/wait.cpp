@@ -3,8 +3,7 @@
 #include "inspect/bus/bus_index.h"
 #include "inspect/cli/durations.h"
 #include "inspect/commands/shared_options.h"
-#include "inspect/live/look_memory.h"
-#include "inspect/live/take_state.h"
+#include "inspect/live/bus_follower.h"
 
 #include <algorithm>
 #include <memory>
@@ -37,17 +36,15 @@ std::string missing(const WaitOptions& options, const BusState& state)
     return names;
 }
 
-/// What is still waited for, in words; nothing when all is as it should be. The channel is attached to for each look
-/// anew: it may have been hosted anew.
-std::string look(const WaitOptions& options)
+/// What is still waited for, in words; nothing when all is as it should be.
+std::string look(const WaitOptions& options, BusFollower& follower)
 {
-    try {
-        const bool areProcessesWanted = options.mFilter.mOwner.mApplication.has_value();
-        const std::string names = missing(options, takeState(options.mChannel, {.mProcesses = areProcessesWanted}));
-        return names.empty() ? "" : (options.mIsForGone ? "still there: " : "not there: ") + names;
-    } catch (const NoChannel& error) {
-        return options.mIsForGone && error.isMissing() ? "" : error.what();
+    follower.look({.mProcesses = options.mFilter.mOwner.mApplication.has_value()});
+    if (const auto& trouble = follower.trouble()) {
+        return options.mIsForGone && trouble->isMissing() ? "" : trouble->what();
     }
+    const std::string names = missing(options, *follower.now());
+    return names.empty() ? "" : (options.mIsForGone ? "still there: " : "not there: ") + names;
 }
 
 Run addWaitOptions(CLI::App& part)
@@ -70,14 +67,13 @@ Run addWaitOptions(CLI::App& part)
 
 ExitStatus runWait(const WaitOptions& options)
 {
-    LookMemory memory;
+    BusFollower follower(options.mChannel);
     const Clock::time_point begin = Clock::now();
     for (;;) {
         // Asked before the look, so that the last one comes when the time is up.
         const Clock::time_point now = Clock::now();
         const bool isLast = options.mTimeout && now - begin >= *options.mTimeout;
-        memory.beginAnew();
-        const std::string reason = look(options);
+        const std::string reason = look(options, follower);
         if (reason.empty()) {
             return eExitYes;
         }

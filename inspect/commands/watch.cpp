@@ -6,7 +6,6 @@
 #include "inspect/commands/shared_options.h"
 #include "inspect/findings/findings.h"
 #include "inspect/live/bus_follower.h"
-#include "inspect/live/take_state.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -22,7 +21,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-/// All that has been told is written already.
+/// All lines so far are written already.
 void endAtOnce(int)
 {
     _exit(eExitYes);
@@ -54,22 +53,22 @@ bool waitUntil(Clock::time_point then)
 }
 
 /// Writes the lines.
-class Teller
+class EventPrinter
 {
 public:
-    Teller(std::ostream& out, const ChangeOptions& options) : mOut(out), mOptions(options) {}
+    EventPrinter(std::ostream& out, const ChangeOptions& options) : mOut(out), mOptions(options) {}
 
-    void tell(WallTime time, const Change& change) { write(time, lineOf(change), toJson(change)); }
+    void print(WallTime time, const Change& change) { write(time, lineOf(change), toJson(change)); }
 
-    /// What is not about two states: "- channel OXABus: gone".
-    void tellOfChannel(WallTime time, const char* sign, const std::string& channel, const std::string& what)
+    /// An event that is not about two states: "- channel OXABus: gone".
+    void printChannel(WallTime time, const char* sign, const std::string& channel, const std::string& what)
     {
         const char* const change = *sign == '+' ? "added" : "removed";
         write(time, std::string(sign) + " channel " + printable(channel) + ": " + printable(what, Blanks::eKept),
               {{"change", change}, {"kind", "channel"}, {"channel", nameToJson(channel)}, {"what", nameToJson(what)}});
     }
 
-    void tellFinding(WallTime time, const Finding& finding)
+    void print(WallTime time, const Finding& finding)
     {
         const Subject& subject = finding.mSubject;
         const bool isNamed = !subject.mName.empty();
@@ -98,13 +97,13 @@ private:
 };
 
 /// Findings that show only over time take two looks that are some time apart: what is on its way through the bus is in
-/// its place by then.
+/// its place by then. The states are those that `check` takes: they do not remember the names of dead processes.
 class AwaitedFindings
 {
 public:
     explicit AwaitedFindings(const WatchOptions& options) : mOptions(options) {}
 
-    /// Those that are waited for.
+    /// Those that are waited for. Throws NoChannel.
     std::vector<Finding> look()
     {
         const Clock::time_point time = Clock::now();
@@ -131,83 +130,88 @@ class Watch
 {
 public:
     Watch(const WatchOptions& options, std::ostream& out)
-        : mOptions(options), mTeller(out, options.mChanges), mFollower(options.mChannel), mFindings(options)
+        : mOptions(options),
+          mPrinter(out, options.mChanges),
+          mFollower(options.mChannel, BusFollower::Past::eRemembered),
+          mFindings(options)
     {}
 
     /// Whether what is waited for has come.
     bool look();
 
 private:
-    void tellChanges();
-    bool tellFindings();
+    void print(const NoChannel& trouble);
+    void printPresence(const BusState& now);
+    void printChanges(const BusState& before, const BusState& now);
+    bool printFindings();
 
     const WatchOptions& mOptions;
-    Teller mTeller;
+    EventPrinter mPrinter;
     BusFollower mFollower;
     AwaitedFindings mFindings;
-    bool mWasThere = false;   ///< at any time
-    bool mIsThere = false;    ///< when it was looked at last
-    std::string mWhyNotThere; ///< as told already
+    std::shared_ptr<const BusState> mPrinted; ///< all changes up to this state; null: the channel was never there
+    std::string mTrouble;                     ///< as printed; empty: the channel is there
 };
-
-std::string summaryOf(const BusState& state)
-{
-    return "interfaces: " + std::to_string(state.mInterfaces.size()) +
-           ", communicators: " + std::to_string(state.mCommunicators.size());
-}
 
 bool Watch::look()
 {
+    mFollower.look({.mFunctions = true, .mProcesses = true, .mMemoryManagers = true});
+    if (mFollower.trouble()) {
+        print(*mFollower.trouble());
+        return false;
+    }
+    const auto& now = mFollower.now();
+    if (mPrinted == nullptr || !mTrouble.empty()) {
+        printPresence(*now);
+    }
+    if (mPrinted != nullptr && mPrinted != now) {
+        printChanges(*mPrinted, *now);
+    }
+    mPrinted = now;
     try {
-        const bool isFirst = !mWasThere;
-        const bool isAnother = mFollower.look();
-        if (!mIsThere) {
-            mTeller.tellOfChannel(mFollower.now().mTakenAt, "+", mOptions.mChannel,
-                                  (isFirst ? "there, " : "back, ") + summaryOf(mFollower.now()));
-        }
-        mWasThere = mIsThere = true;
-        mWhyNotThere.clear();
-        if (isAnother && !isFirst) {
-            tellChanges();
-        }
-        return !mOptions.mUntil.empty() && tellFindings();
-    } catch (const NoChannel& error) {
-        const std::string why =
-            (error.isMissing() ? mWasThere ? "gone, " : "waited for, " : "not usable, ") + std::string(error.what());
-        if (why != mWhyNotThere) {
-            mTeller.tellOfChannel(wallTimeNow(), "-", mOptions.mChannel, why);
-        }
-        mWhyNotThere = why;
-        mIsThere = false;
+        return !mOptions.mUntil.empty() && printFindings();
+    } catch (const NoChannel& trouble) {
+        print(trouble);
         return false;
     }
 }
 
-void Watch::tellChanges()
+void Watch::print(const NoChannel& trouble)
 {
-    std::vector<Change> changes = changesBetween(mFollower.before(), mFollower.now(), Traffic::eLeftOut);
+    const bool wasThere = mPrinted != nullptr;
+    const std::string why =
+        (trouble.isMissing() ? wasThere ? "gone, " : "waited for, " : "not usable, ") + std::string(trouble.what());
+    if (why != mTrouble) {
+        mPrinter.printChannel(wallTimeNow(), "-", mOptions.mChannel, why);
+    }
+    mTrouble = why;
+}
+
+void Watch::printPresence(const BusState& now)
+{
+    mPrinter.printChannel(now.mTakenAt, "+", mOptions.mChannel,
+                          std::string(mPrinted == nullptr ? "there" : "back") +
+                              ", interfaces: " + std::to_string(now.mInterfaces.size()) +
+                              ", communicators: " + std::to_string(now.mCommunicators.size()));
+    mTrouble.clear();
+}
+
+void Watch::printChanges(const BusState& before, const BusState& now)
+{
+    std::vector<Change> changes = changesBetween(before, now, Traffic::eLeftOut);
     dropIgnored(changes, mOptions.mChanges);
     for (const Change& change : changes) {
-        mTeller.tell(mFollower.now().mTakenAt, change);
+        mPrinter.print(now.mTakenAt, change);
     }
 }
 
-bool Watch::tellFindings()
+bool Watch::printFindings()
 {
     const std::vector<Finding> findings = mFindings.look();
     for (const Finding& finding : findings) {
-        mTeller.tellFinding(wallTimeNow(), finding);
+        mPrinter.print(wallTimeNow(), finding);
     }
     return !findings.empty();
-}
-
-std::chrono::milliseconds readInterval(const std::string& text)
-{
-    const auto interval = readDuration("--interval", text);
-    if (!interval || interval->count() == 0) {
-        throw UsageMistake("--interval: expected a time above 0");
-    }
-    return *interval;
 }
 
 std::string checkCode(const std::string& code)
@@ -220,7 +224,10 @@ Run addWatchOptions(CLI::App& part)
     const auto options = std::make_shared<WatchOptions>();
     addChannelOption(part, options->mChannel);
     part.add_option_function<std::string>(
-            "--interval", [options](const std::string& text) { options->mInterval = readInterval(text); },
+            "--interval",
+            [options](const std::string& text) {
+                options->mInterval = readInterval("--interval", text, milliseconds(1));
+            },
             "How long from one look to the next: 200ms, 5s (200ms)")
         ->type_name("TIME");
     part.add_option_function<std::string>(

@@ -19,10 +19,10 @@ struct WatchOptions
     ChangeOptions mChanges;
 };
 
-/// Tells what changes on a bus as it happens, each in one line that is written at once. The channel may go away and
-/// come back: what has changed in the meantime is told when it is back. Messages are not told.
+/// Prints what changes on a bus as it happens, each change in one line that is written at once. The channel may go away
+/// and come back: what has changed in the meantime is printed then. Messages are no changes.
 /// eExitTimeIsUp when a finding was waited for and did not come. SIGINT and SIGTERM end the program at once, with
-/// eExitYes; nobody there any more to read the lines ends it, too.
+/// eExitYes; so does the end of the last reader of the lines.
 ExitStatus runWatch(const WatchOptions& options, std::ostream& out);
 
 extern const Command cWatchCommand;

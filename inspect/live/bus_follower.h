@@ -1,45 +1,47 @@
 #ifndef INSPECT_LIVE_BUS_FOLLOWER_H
 #define INSPECT_LIVE_BUS_FOLLOWER_H
 
-#include "inspect/bus/bus_state.h"
-#include "inspect/live/look_memory.h"
-#include "inspect/live/process_book.h"
+#include "channel/snapshot_memory.h"
+#include "inspect/live/take_state.h"
 
+#include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
-
-namespace Channel {
-struct RegistryTables;
-} // namespace Channel
 
 namespace Inspect {
 
-/// Looks at a channel again and again. As long as nothing changes, a look costs a copy of the registry's tables under
-/// their mutex and a comparison of bytes. States have no messages; all else is as `takeState` has it, but that a dead
-/// process keeps the name and the start time that it was seen with. There is one follower at a time: it has the
-/// LookMemory.
+/// Looks at a channel again and again, and keeps what its last two looks saw. It attaches for each look: the channel
+/// may go away and come back. There is one follower at a time: it has the SnapshotMemory.
 class BusFollower
 {
 public:
-    explicit BusFollower(std::string channel);
-    ~BusFollower();
+    enum class Past : std::uint8_t
+    {
+        eForgotten, ///< each look takes a state as `takeState` does
+        /// Looks take states as `takeStateAgain` does: all have to want the same, and no messages. A channel that comes
+        /// back has a new state.
+        eRemembered
+    };
 
-    /// Looks once more. True when `now` is another state than before the call, which is `before` then; always the first
-    /// time. The states may still be equal in all that they show. Throws NoChannel, and both stay what they were: the
-    /// channel is attached to for each look anew, and may come back.
-    bool look();
+    explicit BusFollower(std::string channel, Past past = Past::eForgotten);
 
-    const BusState& before() const { return mBefore; }
-    const BusState& now() const { return mNow; }
+    void look(const Wanted& wanted);
+
+    /// The last look; null when there was no usable channel.
+    const std::shared_ptr<const BusState>& now() const { return mNow; }
+    /// The look before it, the same object if nothing has changed; null when there was no usable channel, or no look.
+    const std::shared_ptr<const BusState>& before() const { return mBefore; }
+    /// Why the last look found no usable channel; none when it found one.
+    const std::optional<NoChannel>& trouble() const { return mTrouble; }
 
 private:
     std::string mChannel;
-    LookMemory mMemory;
-    ProcessBook mProcesses;
-    std::unique_ptr<Channel::RegistryTables> mTables; ///< that `now` was made from
-    bool mHasLooked = false;
-    BusState mBefore;
-    BusState mNow;
+    Channel::SnapshotMemory mMemory;
+    std::optional<Remembered> mRemembered;
+    std::shared_ptr<const BusState> mNow;
+    std::shared_ptr<const BusState> mBefore;
+    std::optional<NoChannel> mTrouble;
 };
 
 } // namespace Inspect

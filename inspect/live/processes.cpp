@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <limits>
+#include <map>
 #include <sstream>
 #include <unistd.h>
 
@@ -75,6 +76,18 @@ Process lookUpProcess(std::uint32_t processId)
         process.mApplication = program.filename().string();
     }
     return process;
+}
+
+void lookUpProcesses(std::vector<Communicator>& communicators)
+{
+    std::map<std::uint32_t, Process> processes;
+    for (Communicator& communicator : communicators) {
+        const auto [place, isNew] = processes.try_emplace(communicator.mProcessId);
+        if (isNew) {
+            place->second = lookUpProcess(communicator.mProcessId);
+        }
+        communicator.mProcess = place->second;
+    }
 }
 
 } // namespace Inspect

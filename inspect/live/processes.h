@@ -4,11 +4,15 @@
 #include "inspect/bus/bus_state.h"
 
 #include <cstdint>
+#include <vector>
 
 namespace Inspect {
 
-/// What /proc says of the process at this moment.
+/// What /proc shows of the process at this moment.
 Process lookUpProcess(std::uint32_t processId);
+
+/// Fills in the processes from /proc.
+void lookUpProcesses(std::vector<Communicator>& communicators);
 
 } // namespace Inspect
 

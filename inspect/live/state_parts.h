@@ -4,37 +4,26 @@
 #include "channel/channel_layout.h"
 #include "inspect/bus/bus_state.h"
 
-#include <memory>
-#include <string>
 #include <vector>
 
-// What the state of a channel is put together from; for those who take one.
+// The parts of a state, each read from an attached channel.
 
 namespace Inspect {
 
-struct Detach
-{
-    void operator()(oxa_zunic_communication_channel* channel) const
-    {
-        oxa_zunic_communication_channel_destroy(channel);
-    }
-};
-using Attachment = std::unique_ptr<oxa_zunic_communication_channel, Detach>;
-
-/// Throws NoChannel.
-Attachment attach(const std::string& channel);
-
-/// That the registry mutex of an attached channel could not be taken. Throws NoChannel.
-[[noreturn]] void failToLock(const std::string& channel);
-
-/// Fills in the time, which is now, the channel's name, and who and where we are.
-void signState(const std::string& channel, BusState& state);
-
 /// Fills in interfaces and communicators, without their functions and processes.
 void decodeTables(const Channel::RegistryTables& tables, BusState& state);
-/// Of those interfaces that have none yet.
+
+/// An interface that is still there has the functions that it had: to read them again would cost time, and their
+/// storage may be another interface's in the meantime.
+void keepFunctions(const BusState& before, BusState& now);
+
+/// Fills in the functions of those interfaces that have none yet.
 void readFunctions(oxa_zunic_communication_channel* channel, std::vector<Interface>& interfaces);
+
 void readMemoryManagers(oxa_zunic_communication_channel* channel, std::vector<Channel::MemoryManagerFigures>& figures);
+
+/// The slots themselves only if they are wanted.
+void readMessages(oxa_zunic_communication_channel* channel, bool areSlotsWanted, MessageStorage& messages);
 
 } // namespace Inspect
 

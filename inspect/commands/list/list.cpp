@@ -1,8 +1,8 @@
 #include "inspect/commands/list/list.h"
 
+#include "channel/snapshot_memory.h"
 #include "inspect/commands/list/lists.h"
 #include "inspect/commands/shared_options.h"
-#include "inspect/live/look_memory.h"
 #include "inspect/saved/json_rows.h"
 
 #include <algorithm>
@@ -88,7 +88,7 @@ void writeJson(std::ostream& out, const ListKind& kind, const std::vector<ListRo
 ExitStatus runList(const ListKind& kind, const ListOptions& options, std::ostream& out)
 {
     const auto places = chooseColumns(kind.mColumns, options.mColumns);
-    const LookMemory memory;
+    const Channel::SnapshotMemory memory;
     const BusState state = readSource(options.mSource, wantedFor(kind, options, places));
     const BusIndex index(state);
     const std::vector<ListRow> rows = kind.mRows(index, options.mFilter);

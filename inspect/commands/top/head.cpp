@@ -1,6 +1,7 @@
 #include "inspect/commands/top/head.h"
 
 #include "inspect/bus/bus_index.h"
+#include "inspect/cli/durations.h"
 #include "inspect/cli/printable.h"
 #include "inspect/commands/top/text_fit.h"
 #include "inspect/findings/finding.h"
@@ -17,7 +18,7 @@ namespace {
 using std::chrono::milliseconds;
 
 constexpr std::size_t cGap = 2;
-constexpr std::chrono::seconds cOldCheck{3}; ///< when it is told of what time the findings are
+constexpr std::chrono::seconds cOldCheck{3}; ///< from this age on, the time of the findings is shown
 
 /// Fields side by side, in as many lines as it takes.
 std::vector<FieldLine> flow(const FieldLine& fields, std::size_t width)
@@ -90,10 +91,10 @@ void addSlots(FieldLine& fields, const MessageStorage& now, const MessageStorage
     }
 }
 
-FieldLine totalFields(const Follower& follower)
+FieldLine totalFields(const BusMonitor& bus)
 {
-    const BusTotals now = BusIndex(*follower.now()).totals();
-    const BusState* const stateBefore = follower.before();
+    const BusTotals now = BusIndex(*bus.now()).totals();
+    const BusState* const stateBefore = bus.before();
     const BusTotals before = stateBefore == nullptr ? now : BusIndex(*stateBefore).totals();
     FieldLine fields{
         total("interfaces", now.mInterfaces, &before.mInterfaces),
@@ -101,10 +102,10 @@ FieldLine totalFields(const Follower& follower)
         total("processes", now.mProcesses, &before.mProcesses),
         total("dead", now.mDeadProcesses, &before.mDeadProcesses),
         total("links", now.mLinks, &before.mLinks),
-        rateField(follower.rate()),
+        rateField(bus.rate()),
     };
     fields[3].mColor = now.mDeadProcesses > 0 ? cBadColor : nullptr;
-    addSlots(fields, follower.now()->mMessages, stateBefore == nullptr ? nullptr : &stateBefore->mMessages);
+    addSlots(fields, bus.now()->mMessages, stateBefore == nullptr ? nullptr : &stateBefore->mMessages);
     return fields;
 }
 
@@ -131,9 +132,9 @@ std::string findingText(const Finding& finding)
     return text += printable(finding.mEvidence, Blanks::eKept);
 }
 
-FieldLine findingFields(const Follower& follower)
+FieldLine findingFields(const BusMonitor& bus)
 {
-    const std::vector<Finding>& findings = follower.findings();
+    const std::vector<Finding>& findings = bus.findings();
     FieldLine fields{{"findings:"}};
     if (findings.empty()) {
         fields.push_back({"none"});
@@ -149,8 +150,8 @@ FieldLine findingFields(const Follower& follower)
             fields.push_back({counted(number, word), color});
         }
     }
-    if (follower.now()->mTakenAt - follower.checkedAt() >= cOldCheck) {
-        fields.push_back({"at " + clockText(follower.checkedAt())});
+    if (bus.now()->mTakenAt - bus.checkedAt() >= cOldCheck) {
+        fields.push_back({"at " + clockText(bus.checkedAt())});
     }
     if (!findings.empty()) {
         fields.push_back({findingText(findings.front())});
@@ -160,31 +161,20 @@ FieldLine findingFields(const Follower& follower)
 
 } // namespace
 
-std::string durationText(milliseconds duration)
-{
-    const auto count = duration.count();
-    if (count < 1000) {
-        return std::to_string(count) + "ms";
-    }
-    std::array<char, 32> text{};
-    std::snprintf(text.data(), text.size(), "%.*fs", count % 1000 == 0 ? 0 : 1, static_cast<double>(count) / 1000);
-    return text.data();
-}
-
-std::vector<FieldLine> headLines(const HeadOptions& options, const Follower& follower, std::size_t width,
+std::vector<FieldLine> headLines(const HeadOptions& options, const BusMonitor& bus, std::size_t width,
                                  std::size_t count)
 {
-    std::vector<FieldLine> lines{titleFields(options, follower.now())};
-    if (follower.now() == nullptr) {
-        lines.push_back({{printable(follower.trouble(), Blanks::eKept), cBadColor}});
+    std::vector<FieldLine> lines{titleFields(options, bus.now())};
+    if (bus.now() == nullptr) {
+        lines.push_back({{printable(bus.trouble(), Blanks::eKept), cBadColor}});
         return lines;
     }
-    for (FieldLine& line : flow(totalFields(follower), width)) {
+    for (FieldLine& line : flow(totalFields(bus), width)) {
         if (lines.size() + 1 < count) {
             lines.push_back(std::move(line));
         }
     }
-    lines.push_back(findingFields(follower));
+    lines.push_back(findingFields(bus));
     return lines;
 }
 

@@ -1,7 +1,7 @@
 #ifndef INSPECT_COMMANDS_TOP_HEAD_H
 #define INSPECT_COMMANDS_TOP_HEAD_H
 
-#include "inspect/commands/top/follower.h"
+#include "inspect/commands/top/bus_monitor.h"
 
 #include <chrono>
 #include <cstddef>
@@ -10,7 +10,7 @@
 
 namespace Inspect {
 
-/// A piece of text of its own look.
+/// A piece of text of its own style.
 struct Field
 {
     std::string mText; ///< printable
@@ -24,16 +24,13 @@ struct HeadOptions
 {
     std::string mChannel;
     std::chrono::milliseconds mInterval{};
-    std::chrono::milliseconds mPause{}; ///< what it is at least, as looks are dear
+    std::chrono::milliseconds mPause{}; ///< what it is at least, as looks are expensive
     bool mIsPaused = false;
 };
 
 /// What stands above the tables, in `count` lines (at least 2) at most: of a low screen the totals are left out first.
-std::vector<FieldLine> headLines(const HeadOptions& options, const Follower& follower, std::size_t width,
+std::vector<FieldLine> headLines(const HeadOptions& options, const BusMonitor& bus, std::size_t width,
                                  std::size_t count);
-
-/// "1s", "500ms"
-std::string durationText(std::chrono::milliseconds duration);
 
 } // namespace Inspect
 

@@ -1,4 +1,4 @@
-#include "inspect/commands/top/follower.h"
+#include "inspect/commands/top/bus_monitor.h"
 
 #include <ctime>
 #include <utility>
@@ -31,16 +31,13 @@ nanoseconds processorTime()
     return std::chrono::seconds(time.tv_sec) + nanoseconds(time.tv_nsec);
 }
 
-void Follower::look(const Wanted& wanted)
+void BusMonitor::look(const Wanted& wanted)
 {
-    const bool isCheckDue = mNow.mState == nullptr || Clock::now() >= mNextCheck;
+    const bool isCheckDue = now() == nullptr || Clock::now() >= mNextCheck;
     const nanoseconds spentBefore = processorTime();
-    mBefore = std::exchange(mNow, {});
-    try {
-        take(isCheckDue ? Wanted::everything() : wanted);
-        mNow.mWanted = wanted;
-    } catch (const NoChannel& error) {
-        mTrouble = error.what();
+    mWantedBefore = std::exchange(mWanted, wanted);
+    mFollower.look(isCheckDue ? Wanted::everything() : wanted);
+    if (now() == nullptr) {
         mChecked = nullptr;
         mCounted.reset();
         mRate.reset();
@@ -52,32 +49,26 @@ void Follower::look(const Wanted& wanted)
     }
 }
 
-const BusState* Follower::before() const
+const BusState* BusMonitor::before() const
 {
-    return mNow.mState && covers(mBefore.mWanted, mNow.mWanted) ? mBefore.mState.get() : nullptr;
+    return now() != nullptr && covers(mWantedBefore, mWanted) ? mFollower.before().get() : nullptr;
 }
 
-void Follower::take(const Wanted& wanted)
+void BusMonitor::count()
 {
-    mMemory.beginAnew();
-    mNow.mState = std::make_shared<const BusState>(takeState(mChannel, wanted));
-}
-
-void Follower::count()
-{
-    const Count now{mNow.mState->mMessages.mWriterCounter, Clock::now()};
+    const Count count{now()->mMessages.mWriterCounter, Clock::now()};
     if (!mCounted) {
-        mCounted = now;
-    } else if (now.mTime - mCounted->mTime >= cShortestCount) {
-        mRate = messageRate(mCounted->mCounter, now.mCounter, now.mTime - mCounted->mTime);
-        mCounted = now;
+        mCounted = count;
+    } else if (count.mTime - mCounted->mTime >= cShortestCount) {
+        mRate = messageRate(mCounted->mCounter, count.mCounter, count.mTime - mCounted->mTime);
+        mCounted = count;
     }
 }
 
-void Follower::check(nanoseconds spentBefore)
+void BusMonitor::check(nanoseconds spentBefore)
 {
-    mFindings = findAll(*mNow.mState, mChecked.get());
-    mChecked = mNow.mState;
+    mFindings = findAll(*now(), mChecked.get());
+    mChecked = mFollower.now();
     mNextCheck = Clock::now() + cCheckPause * (processorTime() - spentBefore);
 }
 
