@@ -443,11 +443,8 @@ TEST(Follower, LosesNothingOfAChurningBusAndSeesProcessesEnd)
             expectWhole(last, follower.now(), changesBetween(last, follower.now(), Traffic::eLeftOut));
         }
     }
-    for (const pid_t process : bus.processes()) {
-        kill(process, SIGKILL);
-    }
-    const auto isQuiet = [&] { return !follower.look() && !follower.look(); };
-    EXPECT_TRUE(TestSupport::waitUntil(isQuiet));
+    bus.end();
+    follower.look();
     EXPECT_EQ(Model(follower.now()).facts(), Model(takeState(bus.name(), Wanted::everything())).facts());
     const std::size_t dead = static_cast<std::size_t>(std::ranges::count(
         follower.now().mCommunicators, Living::eNo, [](const Communicator& it) { return it.mProcess.mLiving; }));
