@@ -2,7 +2,7 @@
 #define INSPECT_SAVED_RECORD_JSON_H
 
 #include "inspect/bus/bus_state.h"
-#include "inspect/saved/json_place.h"
+#include "json/json_place.h"
 
 #include <nlohmann/json.hpp>
 
@@ -10,6 +10,9 @@
 // or numbers where the bus has one without a meaning; a name is a string if it is valid UTF-8, else an array of bytes.
 
 namespace Inspect {
+
+using ZunicJson::Json;
+using ZunicJson::JsonPlace;
 
 /// A name: a string if it is valid UTF-8, else an array of bytes.
 Json nameToJson(const std::string& bytes);
