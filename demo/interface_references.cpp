@@ -49,14 +49,14 @@ void InterfaceReferences::add(const InterfaceEntry& interface)
 
 InterfaceSet InterfaceReferences::fromText(const JsonPlace& place, const PlaceholderNumbers& numbers) const
 {
-    const std::string text = place.text(numbers, cLongestReference);
+    const std::string text = readText(place, numbers, cLongestReference);
     // Names come first: an interface may well be called "1/2-3".
     if (const auto found = mByNameAndRole.find(text); found != mByNameAndRole.end()) {
         return found->second;
     }
     const InterfaceSet ids = readRange(text);
     if (ids.none()) {
-        place.failExpecting("an interface id (0 to 1023), a range of ids or the name/role of an interface");
+        place.expected("an interface id (0 to 1023), a range of ids or the name/role of an interface");
     }
     return ids;
 }
@@ -64,19 +64,19 @@ InterfaceSet InterfaceReferences::fromText(const JsonPlace& place, const Placeho
 InterfaceSet InterfaceReferences::anyIds(const JsonPlace& place, const PlaceholderNumbers& numbers) const
 {
     InterfaceSet ids;
-    if (place.isArray()) {
-        for (const JsonPlace& element : place.elements()) {
-            if (element.isArray()) {
-                element.failExpecting("an interface id, a range of ids or the name/role of an interface");
+    if (place.value().is_array()) {
+        place.forEach([&](const JsonPlace& element) {
+            if (element.value().is_array()) {
+                element.expected("an interface id, a range of ids or the name/role of an interface");
             }
             ids |= anyIds(element, numbers);
-        }
+        });
         return ids;
     }
-    if (place.isString()) {
+    if (place.value().is_string()) {
         return fromText(place, numbers);
     }
-    return ids.set(place.number({0, cInterfaceCapacity - 1}));
+    return ids.set(place.unsignedWithin({0, cInterfaceCapacity - 1}));
 }
 
 InterfaceSet InterfaceReferences::connectable(const JsonPlace& place, const PlaceholderNumbers& numbers) const
@@ -92,8 +92,8 @@ InterfaceSet InterfaceReferences::connectable(const JsonPlace& place, const Plac
 
 std::uint16_t InterfaceReferences::sender(const JsonPlace& place, const PlaceholderNumbers& numbers) const
 {
-    if (!place.isString()) {
-        return static_cast<std::uint16_t>(place.number({0, cLargestSender}));
+    if (!place.value().is_string()) {
+        return static_cast<std::uint16_t>(place.unsignedWithin({0, cLargestSender}));
     }
     const InterfaceSet ids = fromText(place, numbers);
     if (ids.count() != 1) {

@@ -1,8 +1,8 @@
 #ifndef ZUNIC_DEMO_INTERFACE_REFERENCES_H
 #define ZUNIC_DEMO_INTERFACE_REFERENCES_H
 
-#include "json_place.h"
 #include "scenario.h"
+#include "scenario_place.h"
 
 #include <unordered_map>
 

@@ -35,21 +35,21 @@ std::uint16_t readMemoryManagerIndex(const JsonPlace& place, const Scenario& sce
     if (scenario.memoryManagers.empty()) {
         place.fail("expected memoryManagers in the scenario, for this names one of them");
     }
-    return static_cast<std::uint16_t>(place.number({0, scenario.memoryManagers.size() - 1}));
+    return static_cast<std::uint16_t>(place.unsignedWithin({0, scenario.memoryManagers.size() - 1}));
 }
 
 void requireKeysOf(SlotState state, const JsonPlace& place)
 {
     switch (state) {
     case SlotState::free:
-        return place.requireKeys({"count", "state"});
+        return requireKeys(place, {"count", "state"});
     case SlotState::reserved:
     case SlotState::data:
-        return place.requireKeys({"count", "state", "sender"});
+        return requireKeys(place, {"count", "state", "sender"});
     case SlotState::written:
     case SlotState::message:
-        return place.requireKeys({"count", "state", "sender", "receivers", "userDataSize", "writerCounter",
-                                  "dataEntries", "chainEnd", "external"});
+        return requireKeys(place, {"count", "state", "sender", "receivers", "userDataSize", "writerCounter",
+                                   "dataEntries", "chainEnd", "external"});
     }
 }
 
@@ -57,14 +57,14 @@ void MessageReader::readEntry(const JsonPlace& place, std::uint64_t copy)
 {
     const PlaceholderNumbers numbers{{"n", copy}};
     MessageEntry entry;
-    entry.state = place.require("state").word<SlotState>({{"reserved", SlotState::reserved},
-                                                          {"written", SlotState::written},
-                                                          {"message", SlotState::message},
-                                                          {"data", SlotState::data},
-                                                          {"free", SlotState::free}});
+    entry.state = readWord<SlotState>(require(place, "state"), {{"reserved", SlotState::reserved},
+                                                                {"written", SlotState::written},
+                                                                {"message", SlotState::message},
+                                                                {"data", SlotState::data},
+                                                                {"free", SlotState::free}});
     requireKeysOf(entry.state, place);
     if (entry.state != SlotState::free) {
-        entry.sender = mReferences->sender(place.require("sender"), numbers);
+        entry.sender = mReferences->sender(require(place, "sender"), numbers);
     }
     if (entry.state == SlotState::written || entry.state == SlotState::message) {
         readMessage(place, numbers, entry);
@@ -79,12 +79,13 @@ void MessageReader::readMessage(const JsonPlace& place, const PlaceholderNumbers
         entry.receivers = mReferences->anyIds(*receivers, numbers);
     }
     if (const std::optional<JsonPlace> size = place.find("userDataSize")) {
-        entry.userDataSize = static_cast<std::uint32_t>(size->number({0, std::numeric_limits<std::uint32_t>::max()}));
+        entry.userDataSize =
+            static_cast<std::uint32_t>(size->unsignedWithin({0, std::numeric_limits<std::uint32_t>::max()}));
     }
     const std::optional<JsonPlace> counter = place.find("writerCounter");
-    mWriterCounter = static_cast<std::uint16_t>(counter && numbers.at("n") == 0
-                                                    ? counter->number({0, std::numeric_limits<std::uint16_t>::max()})
-                                                    : mWriterCounter + 1U);
+    mWriterCounter = static_cast<std::uint16_t>(
+        counter && numbers.at("n") == 0 ? counter->unsignedWithin({0, std::numeric_limits<std::uint16_t>::max()})
+                                        : mWriterCounter + 1U);
     entry.writerCounter = mWriterCounter;
     readData(place, entry);
 }
@@ -92,13 +93,13 @@ void MessageReader::readMessage(const JsonPlace& place, const PlaceholderNumbers
 void MessageReader::readData(const JsonPlace& place, MessageEntry& entry) const
 {
     if (const std::optional<JsonPlace> entries = place.find("dataEntries")) {
-        entry.dataEntries = static_cast<std::uint32_t>(entries->number({0, mScenario->messageSlots}));
+        entry.dataEntries = static_cast<std::uint32_t>(entries->unsignedWithin({0, mScenario->messageSlots}));
     }
     if (const std::optional<JsonPlace> end = place.find("chainEnd")) {
-        entry.chainEnd = end->word<ChainEnd>({{"none", ChainEnd::none},
-                                              {"outside", ChainEnd::outside},
-                                              {"message", ChainEnd::message},
-                                              {"loop", ChainEnd::loop}});
+        entry.chainEnd = readWord<ChainEnd>(*end, {{"none", ChainEnd::none},
+                                                   {"outside", ChainEnd::outside},
+                                                   {"message", ChainEnd::message},
+                                                   {"loop", ChainEnd::loop}});
         if (entry.chainEnd == ChainEnd::loop && entry.dataEntries == 0) {
             end->fail("expected at least one of dataEntries for a chain that leads back to its first one");
         }
@@ -125,24 +126,24 @@ void MessageReader::takeSlots(const JsonPlace& place, const MessageEntry& entry)
 void readMessages(const JsonPlace& root, const InterfaceReferences& references, Scenario& scenario)
 {
     MessageReader reader(references, scenario);
-    for (const JsonPlace& place : root.elements("messages")) {
+    forEachOf(root, "messages", [&](const JsonPlace& place) {
         for (std::uint64_t copy = 0, copies = readCount(place); copy < copies; ++copy) {
             reader.readEntry(place, copy);
         }
-    }
+    });
 }
 
 void readBlocks(const JsonPlace& root, Scenario& scenario)
 {
     std::vector<std::uint64_t> used(scenario.memoryManagers.size());
-    for (const JsonPlace& place : root.elements("blocks")) {
-        place.requireKeys({"memoryManager", "count"});
+    forEachOf(root, "blocks", [&](const JsonPlace& place) {
+        requireKeys(place, {"memoryManager", "count"});
         BlocksEntry blocks;
-        blocks.memoryManager = readMemoryManagerIndex(place.require("memoryManager"), scenario);
+        blocks.memoryManager = readMemoryManagerIndex(require(place, "memoryManager"), scenario);
         blocks.count = static_cast<std::uint32_t>(readCount(place));
         used[blocks.memoryManager] += blocks.count;
         scenario.blocks.push_back(blocks);
-    }
+    });
     for (const MessageEntry& entry : scenario.messages) {
         if (entry.external) {
             ++used[*entry.external];

@@ -2,8 +2,8 @@
 #define ZUNIC_DEMO_MESSAGE_READER_H
 
 #include "interface_references.h"
-#include "json_place.h"
 #include "scenario.h"
+#include "scenario_place.h"
 
 namespace ZunicDemo {
 

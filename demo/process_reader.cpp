@@ -26,13 +26,13 @@ constexpr std::size_t cMostFunctions = 256;
 RegistrationState readState(const JsonPlace& place, WordTable<RegistrationState> words)
 {
     const std::optional<JsonPlace> state = place.find("state");
-    return state ? state->word(words) : RegistrationState::registered;
+    return state ? readWord(*state, words) : RegistrationState::registered;
 }
 
 /// "1.0.3", with nothing around it.
 std::array<std::uint16_t, 3> readVersion(const JsonPlace& place)
 {
-    const std::string text = place.text({}, cLongestName);
+    const std::string text = readText(place, {}, cLongestName);
     std::array<std::uint16_t, 3> version{};
     const char* next = text.data();
     const char* const end = text.data() + text.size();
@@ -40,7 +40,7 @@ std::array<std::uint16_t, 3> readVersion(const JsonPlace& place)
         const auto [stop, error] = std::from_chars(next, end, version[i]);
         const bool isLast = i + 1 == version.size();
         if (error != std::errc{} || (isLast ? stop != end : stop == end || *stop != '.')) {
-            place.failExpecting("a version like \"1.0.3\" with numbers up to 65535");
+            place.expected("a version like \"1.0.3\" with numbers up to 65535");
         }
         next = stop + 1;
     }
@@ -57,13 +57,14 @@ public:
     std::uint16_t take(const JsonPlace& place, std::uint64_t copy)
     {
         const std::optional<JsonPlace> wanted = place.find("id");
-        const std::uint64_t id = wanted && copy == 0 ? wanted->number({0, mLargest}) : mNext;
+        const std::uint64_t id = wanted && copy == 0 ? wanted->unsignedWithin({0, mLargest}) : mNext;
         if (id > mLargest) {
             place.fail("expected ids up to " + std::to_string(mLargest) + ", but this one would be " +
                        std::to_string(id));
         }
-        if (const auto [taken, isNew] = mOwners.emplace(id, place.path()); !isNew) {
-            place.fail("expected an id of its own, but " + std::to_string(id) + " is that of " + taken->second);
+        if (const auto [taken, isNew] = mOwners.emplace(id, place); !isNew) {
+            place.fail("expected an id of its own, but " + std::to_string(id) + " is that of " +
+                       pathText(taken->second.pointer()));
         }
         mNext = id + 1;
         return static_cast<std::uint16_t>(id);
@@ -74,7 +75,7 @@ public:
 private:
     std::uint64_t mLargest;
     std::uint64_t mNext = 0;
-    std::map<std::uint64_t, std::string> mOwners;
+    std::map<std::uint64_t, JsonPlace> mOwners;
 };
 
 std::size_t functionStorageSize(const std::vector<std::string>& names)
@@ -117,35 +118,35 @@ private:
 
 std::string readProcessName(const JsonPlace& place, const PlaceholderNumbers& numbers)
 {
-    std::string name = place.text(numbers, cLongestName);
+    std::string name = readText(place, numbers, cLongestName);
     if (name.empty() || name == "." || name == ".." || name.find('/') != std::string::npos) {
-        place.failExpecting("a file name");
+        place.expected("a file name");
     }
     return name;
 }
 
 void ProcessReader::readProcess(const JsonPlace& place, std::uint64_t copy)
 {
-    place.requireKeys({"count", "name", "leaves", "communicators"});
+    requireKeys(place, {"count", "name", "leaves", "communicators"});
     if (mScenario->processes.size() == cMostProcesses) {
         place.fail("expected at most " + std::to_string(cMostProcesses) + " processes in all");
     }
     ProcessEntry process;
-    process.name = readProcessName(place.require("name"), {{"n", copy}, {"process", copy}});
+    process.name = readProcessName(require(place, "name"), {{"n", copy}, {"process", copy}});
     const std::optional<JsonPlace> leaves = place.find("leaves");
     process.leaves = leaves && leaves->boolean();
-    for (const JsonPlace& communicator : place.elements("communicators")) {
+    forEachOf(place, "communicators", [&](const JsonPlace& communicator) {
         for (std::uint64_t n = 0, copies = readCount(communicator); n < copies; ++n) {
             process.communicators.push_back(
                 readCommunicator(communicator, {{"n", n}, {"process", copy}, {"communicator", n}}));
         }
-    }
+    });
     mScenario->processes.push_back(std::move(process));
 }
 
 CommunicatorEntry ProcessReader::readCommunicator(const JsonPlace& place, PlaceholderNumbers numbers)
 {
-    place.requireKeys({"count", "id", "state", "interfaces"});
+    requireKeys(place, {"count", "id", "state", "interfaces"});
     if (mCommunicatorIds.taken() == cCommunicatorCapacity) {
         place.fail("expected at most " + std::to_string(cCommunicatorCapacity) + " communicators in all");
     }
@@ -155,28 +156,29 @@ CommunicatorEntry ProcessReader::readCommunicator(const JsonPlace& place, Placeh
                                            {"preregistered", RegistrationState::preregistered},
                                            {"unregistered", RegistrationState::unregistered},
                                            {"invalid", RegistrationState::invalid}});
-    for (const JsonPlace& interface : place.elements("interfaces")) {
+    forEachOf(place, "interfaces", [&](const JsonPlace& interface) {
         for (std::uint64_t n = 0, copies = readCount(interface); n < copies; ++n) {
             numbers["n"] = n;
             communicator.interfaces.push_back(readInterface(interface, numbers));
             mReferences.add(communicator.interfaces.back());
         }
-    }
+    });
     return communicator;
 }
 
 InterfaceEntry ProcessReader::readInterface(const JsonPlace& place, const PlaceholderNumbers& numbers)
 {
-    place.requireKeys({"count", "id", "name", "role", "domain", "type", "version", "state", "functions"});
+    requireKeys(place, {"count", "id", "name", "role", "domain", "type", "version", "state", "functions"});
     InterfaceEntry interface;
     interface.id = mInterfaceIds.take(place, numbers.at("n"));
-    interface.name = place.require("name").text(numbers, cLongestName);
-    interface.role = place.require("role").text(numbers, cLongestName);
+    interface.name = readText(require(place, "name"), numbers, cLongestName);
+    interface.role = readText(require(place, "role"), numbers, cLongestName);
     const std::optional<JsonPlace> domain = place.find("domain");
-    interface.domain = domain ? domain->text(numbers, cLongestName) : "local";
-    interface.type = place.require("type").word<InstanceType>(
+    interface.domain = domain ? readText(*domain, numbers, cLongestName) : "local";
+    interface.type = readWord<InstanceType>(
+        require(place, "type"),
         {{"skeleton", InstanceType::skeleton}, {"stub", InstanceType::stub}, {"undefined", InstanceType::undefined}});
-    interface.version = readVersion(place.require("version"));
+    interface.version = readVersion(require(place, "version"));
     // No invalid one: the next interface would take its place in the table.
     interface.state = readState(place, {{"registered", RegistrationState::registered},
                                         {"preregistered", RegistrationState::preregistered},
@@ -188,12 +190,12 @@ InterfaceEntry ProcessReader::readInterface(const JsonPlace& place, const Placeh
 std::vector<std::string> ProcessReader::readFunctions(const JsonPlace& place, const PlaceholderNumbers& numbers) const
 {
     std::vector<std::string> functions;
-    for (const JsonPlace& function : place.elements("functions")) {
+    forEachOf(place, "functions", [&](const JsonPlace& function) {
         if (functions.size() == cMostFunctions) {
             function.fail("expected at most " + std::to_string(cMostFunctions) + " functions of an interface");
         }
-        functions.push_back(function.text(numbers, cLongestName));
-    }
+        functions.push_back(readText(function, numbers, cLongestName));
+    });
     if (!functions.empty() && functionStorageSize(functions) > largestBlock(mScenario->memoryManagers)) {
         place.fail("expected a memory manager with blocks of " + std::to_string(functionStorageSize(functions)) +
                    " bytes or more, for the functions");
@@ -206,17 +208,17 @@ std::vector<std::string> ProcessReader::readFunctions(const JsonPlace& place, co
 std::uint64_t readCount(const JsonPlace& place)
 {
     const std::optional<JsonPlace> count = place.find("count");
-    return count ? count->number({1, cMostCopies}) : 1;
+    return count ? count->unsignedWithin({1, cMostCopies}) : 1;
 }
 
 InterfaceReferences readProcesses(const JsonPlace& root, Scenario& scenario)
 {
     ProcessReader reader(scenario);
-    for (const JsonPlace& place : root.elements("processes")) {
+    forEachOf(root, "processes", [&](const JsonPlace& place) {
         for (std::uint64_t copy = 0, copies = readCount(place); copy < copies; ++copy) {
             reader.readProcess(place, copy);
         }
-    }
+    });
     return reader.takeReferences();
 }
 

@@ -1,10 +1,11 @@
 #include "scenario_reader.h"
 
-#include "json_place.h"
 #include "message_reader.h"
 #include "process_reader.h"
+#include "scenario_place.h"
+#include "json/parse_json.h"
+#include "json/text_position.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -17,6 +18,7 @@ namespace {
 
 using ZunicHosting::cMaximumBlocksPerManager;
 using ZunicHosting::MemoryManagerOptions;
+using ZunicJson::NumberLimits;
 
 constexpr std::uint64_t cMostMessageSlots = 65536;
 constexpr std::uint64_t cMostMemoryManagers = 64;
@@ -29,22 +31,22 @@ std::string readChannelName(const JsonPlace& root)
     if (!place) {
         return "OXABus";
     }
-    std::string name = place->text({}, cLongestChannelName);
+    std::string name = readText(*place, {}, cLongestChannelName);
     if (name.empty() || name.find('/') != std::string::npos) {
-        place->failExpecting("a name without slash that is not empty");
+        place->expected("a name without slash that is not empty");
     }
     return name;
 }
 
-std::uint32_t numberOr(const JsonPlace& place, const std::string& key, std::uint32_t absent, NumberLimits limits)
+std::uint32_t numberOr(const JsonPlace& place, const char* key, std::uint32_t absent, NumberLimits limits)
 {
     const std::optional<JsonPlace> found = place.find(key);
-    return found ? static_cast<std::uint32_t>(found->number(limits)) : absent;
+    return found ? static_cast<std::uint32_t>(found->unsignedWithin(limits)) : absent;
 }
 
 MemoryManagerOptions readMemoryManager(const JsonPlace& place)
 {
-    place.requireKeys({"blockSize", "initialBlocks", "additionalBlocks", "maximumBlocks"});
+    requireKeys(place, {"blockSize", "initialBlocks", "additionalBlocks", "maximumBlocks"});
     MemoryManagerOptions manager;
     manager.blockSize = numberOr(place, "blockSize", manager.blockSize, {1, cLargestBlock});
     const NumberLimits blocks{0, cMaximumBlocksPerManager};
@@ -60,32 +62,32 @@ MemoryManagerOptions readMemoryManager(const JsonPlace& place)
 
 void readMemoryManagers(const JsonPlace& root, Scenario& scenario)
 {
-    for (const JsonPlace& place : root.elements("memoryManagers")) {
+    forEachOf(root, "memoryManagers", [&](const JsonPlace& place) {
         if (scenario.memoryManagers.size() == cMostMemoryManagers) {
             place.fail("expected at most " + std::to_string(cMostMemoryManagers) + " memory managers");
         }
         scenario.memoryManagers.push_back(readMemoryManager(place));
-    }
+    });
 }
 
 void readLinks(const JsonPlace& root, const InterfaceReferences& references, Scenario& scenario)
 {
-    for (const JsonPlace& place : root.elements("links")) {
-        place.requireKeys({"count", "holder", "receivers"});
+    forEachOf(root, "links", [&](const JsonPlace& place) {
+        requireKeys(place, {"count", "holder", "receivers"});
         for (std::uint64_t copy = 0, copies = readCount(place); copy < copies; ++copy) {
             const PlaceholderNumbers numbers{{"n", copy}};
-            const InterfaceSet receivers = references.connectable(place.require("receivers"), numbers);
-            for (const std::uint16_t holder : idsOf(references.connectable(place.require("holder"), numbers))) {
+            const InterfaceSet receivers = references.connectable(require(place, "receivers"), numbers);
+            for (const std::uint16_t holder : idsOf(references.connectable(require(place, "holder"), numbers))) {
                 scenario.links[holder] |= receivers;
             }
         }
-    }
+    });
 }
 
 Scenario readRoot(const JsonPlace& root)
 {
-    root.requireKeys(
-        {"$schema", "channel", "messageSlots", "memoryManagers", "processes", "links", "messages", "blocks"});
+    requireKeys(root,
+                {"$schema", "channel", "messageSlots", "memoryManagers", "processes", "links", "messages", "blocks"});
     Scenario scenario;
     scenario.channel = readChannelName(root);
     scenario.messageSlots = numberOr(root, "messageSlots", 64, {1, cMostMessageSlots});
@@ -97,32 +99,21 @@ Scenario readRoot(const JsonPlace& root)
     return scenario;
 }
 
-/// What the parser says, without its own introduction, behind the line and column that it says it about.
-std::string describeSyntaxError(std::string_view text, const nlohmann::json::parse_error& error)
-{
-    const std::string_view before = text.substr(0, error.byte == 0 ? 0 : error.byte - 1);
-    const auto line = std::count(before.begin(), before.end(), '\n') + 1;
-    const std::size_t lineStart = before.rfind('\n') + 1; // npos + 1 is 0, the start of the first line
-    const std::string_view what = error.what();
-    const std::size_t detail = what.find(": ");
-    return std::to_string(line) + ":" + std::to_string(before.size() - lineStart + 1) +
-           ": expected JSON: " + std::string(detail == std::string_view::npos ? what : what.substr(detail + 2));
-}
-
 } // namespace
 
 Scenario readScenario(std::string_view text, const std::string& fileName)
 {
     try {
-        const nlohmann::json document = nlohmann::json::parse(text);
-        return readRoot(JsonPlace(document, ""));
-    } catch (const nlohmann::json::parse_error& error) {
-        throw ScenarioMistake(fileName + ":" + describeSyntaxError(text, error));
-    } catch (const nlohmann::json::exception&) {
-        // The one thing else that parsing can fail on.
-        throw ScenarioMistake(fileName + ": expected numbers that a double can hold");
-    } catch (const PlaceMistake& mistake) {
-        throw ScenarioMistake(fileName + ": " + mistake.what());
+        const ZunicJson::Json document = ZunicJson::parseJson(text);
+        return readRoot(JsonPlace(document));
+    } catch (const ZunicJson::Unparsable& mistake) {
+        const auto [line, column] = ZunicJson::positionOf(text, mistake.mOffset);
+        throw ScenarioMistake(fileName + ":" + std::to_string(line) + ":" + std::to_string(column) + ": " +
+                              mistake.what());
+    } catch (const ZunicJson::Misplaced& mistake) {
+        const std::string path = pathText(mistake.mPointer);
+        throw ScenarioMistake(fileName + ": " + path + (path.empty() ? "" : ": ") + mistake.what() +
+                              (mistake.mInstead.empty() ? "" : ", not ") + mistake.mInstead);
     }
 }
 

@@ -1,6 +1,7 @@
 #ifndef INSPECT_EXIT_STATUS_H
 #define INSPECT_EXIT_STATUS_H
 
+#include <array>
 #include <stdexcept>
 #include <string>
 
@@ -9,12 +10,22 @@ namespace Inspect {
 /// The exit statuses of zunic_inspect. Scripts build on these numbers: they never change.
 enum ExitStatus : int
 {
-    eExitYes = 0,         ///< yes; or what was asked for was done
-    eExitNo = 1,          ///< no: nothing fits, or it is still there; a finding, a difference
-    eExitFailed = 2,      ///< the command line cannot be read, or the program itself failed (a full disk, no memory)
-    eExitTimeIsUp = 3,    ///< what was waited for did not come in time
-    eExitNoChannel = 4,   ///< no usable channel of that name, or its registry mutex could not be taken
-    eExitNoStateFile = 5, ///< the file is missing, cut short, or holds no state (or contract)
+    eExitYes = 0,
+    eExitNo = 1,
+    eExitFailed = 2,
+    eExitTimeIsUp = 3,
+    eExitNoChannel = 4,
+    eExitNoStateFile = 5,
+};
+
+/// What each of them means, by its number; --help prints it.
+inline constexpr std::array cExitStatusMeanings{
+    "yes; done",
+    "no: nothing fits, or it is still there; a finding, a difference",
+    "the command line cannot be read, or the program itself failed",
+    "time is up",
+    "no usable channel, or its mutex could not be taken",
+    "no saved state (or contract) in that file: missing, cut short, or something else",
 };
 
 /// Ends the command with this exit status; `what` is the complaint, in one line.

@@ -3,6 +3,7 @@
 #include "inspect/live/take_state.h"
 #include "inspect/saved/state_json.h"
 #include "support/churning_bus.h"
+#include "support/inspect.h"
 #include "support/json_schema.h"
 #include "support/live_bus.h"
 #include "support/soak.h"
@@ -255,8 +256,8 @@ TEST(Check, InventsNothingOnABusThatChurns)
 
 TestSupport::ProgramResult check(std::vector<std::string> words)
 {
-    words.insert(words.begin(), {INSPECT_BINARY, "check"});
-    return TestSupport::runProgram(words);
+    words.insert(words.begin(), "check");
+    return TestSupport::inspect(words);
 }
 
 TEST(Check, AnswersByStatusTableAndJson)
@@ -336,8 +337,7 @@ TEST(Contract, OfABusIsKeptByItAndBrokenByAnother)
     const TestSupport::TemporaryDirectory directory;
     const std::string contract = directory / "contract.json";
     const TestSupport::LiveBus bus(SCENARIO_DIR "/healthy.json");
-    const auto saved =
-        TestSupport::runProgram({INSPECT_BINARY, "save", "--as-contract", contract, "-c", bus.channelName()});
+    const auto saved = TestSupport::inspect({"save", "--as-contract", contract, "-c", bus.channelName()});
     ASSERT_EQ(saved.status, 0) << saved.errors;
     EXPECT_EQ(TestSupport::invalidity("bus_contract.schema.json", contract), "");
     EXPECT_EQ(check({"--expect", contract, "--again", "0", "-c", bus.channelName()}).errors,

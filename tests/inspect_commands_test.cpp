@@ -1,4 +1,5 @@
 #include "support/churning_bus.h"
+#include "support/inspect.h"
 #include "support/json_schema.h"
 #include "support/live_bus.h"
 
@@ -22,27 +23,6 @@ using ZunicHosting::HostedChannel;
 using ZunicHosting::InstanceType;
 
 namespace {
-
-enum : int
-{
-    eYes = 0,
-    eNo = 1,
-    eFailed = 2,
-    eTimeIsUp = 3,
-    eNoChannel = 4,
-    eNoState = 5
-};
-
-std::vector<std::string> inspectWords(std::vector<std::string> arguments)
-{
-    arguments.insert(arguments.begin(), INSPECT_BINARY);
-    return arguments;
-}
-
-ProgramResult inspect(std::vector<std::string> arguments)
-{
-    return runProgram(inspectWords(std::move(arguments)), {.environment = {{"LC_ALL", "C.UTF-8"}}});
-}
 
 /// Runs a line for the shell in which "$0" is the program.
 ProgramResult inspectInShell(const std::string& line, const std::string& channel)

@@ -3,6 +3,7 @@
 #include "inspect/saved/state_json.h"
 
 #include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
 
 using namespace Inspect;
 

@@ -131,7 +131,7 @@ TEST(BusState, MistakesAreToldInOneLineWithTheirPlace)
         {with("\"id\":0", "\"id\":0.5"), "/interfaces/1/id: expected a whole number"},
         {with("\"invalid\"", "\"gone\""), "/interfaces/1/state: expected a word"},
         {with("\"taken_at\"", "\"taken\""), "expected a member \"taken_at\""},
-        {std::string(1'000'000, '['), "line 1, column 33: nested deeper than any state"},
+        {std::string(1'000'000, '['), "line 1, column 33: nested deeper than 32 levels"},
     };
     for (const auto& [text, complaint] : cases) {
         const std::string told = complaintAbout(text);

@@ -1,3 +1,4 @@
+#include "support/inspect.h"
 #include "support/json_schema.h"
 #include "support/live_bus.h"
 #include "support/program.h"
@@ -12,25 +13,14 @@
 
 using testing::ContainsRegex;
 using testing::HasSubstr;
+using TestSupport::inspect;
+using TestSupport::inspectWords;
 using TestSupport::Program;
 using TestSupport::runProgram;
+using enum TestSupport::InspectStatus;
 using ZunicHosting::HostedChannel;
 
 namespace {
-
-constexpr int cYes = 0;
-constexpr int cNo = 1;
-constexpr int cMistake = 2;
-constexpr int cTimeIsUp = 3;
-constexpr int cNoChannel = 4;
-constexpr int cNoFile = 5;
-
-std::vector<std::string> inspect(const std::vector<std::string>& words)
-{
-    std::vector<std::string> all{INSPECT_BINARY};
-    all.insert(all.end(), words.begin(), words.end());
-    return all;
-}
 
 TEST(DiffCommand, ComparesFilesAndTheLiveBusAndTellsByItsStatus)
 {
@@ -40,24 +30,24 @@ TEST(DiffCommand, ComparesFilesAndTheLiveBusAndTellsByItsStatus)
     std::string channel;
     {
         const TestSupport::LiveBus bus(SCENARIO_DIR "/small.json");
-        ASSERT_EQ(runProgram(inspect({"save", "-c", bus.channelName(), first})).status, cYes);
-        EXPECT_EQ(runProgram(inspect({"diff", first, "-c", bus.channelName()})).output, "");
+        ASSERT_EQ(inspect({"save", "-c", bus.channelName(), first}).status, eYes);
+        EXPECT_EQ(inspect({"diff", first, "-c", bus.channelName()}).output, "");
         kill(bus.processes().at("clockd"), SIGKILL);
         ASSERT_TRUE(TestSupport::waitUntil([&] {
-            return runProgram(inspect({"diff", first, "-c", bus.channelName()})).status == cNo;
+            return inspect({"diff", first, "-c", bus.channelName()}).status == eNo;
         }));
-        ASSERT_EQ(runProgram(inspect({"save", "-c", bus.channelName(), second})).status, cYes);
+        ASSERT_EQ(inspect({"save", "-c", bus.channelName(), second}).status, eYes);
         channel = bus.channelName();
     }
-    const auto text = runProgram(inspect({"diff", first, second, "--color", "always"}));
+    const auto text = inspect({"diff", first, second, "--color", "always"});
     EXPECT_THAT(text.output, ContainsRegex("^\x1b\\[33m~ process clockd \\([0-9]+\\): living yes -> no\x1b\\[0m\n$"));
-    EXPECT_EQ(text.status, cNo);
-    EXPECT_EQ(runProgram(inspect({"diff", first, second, "--ignore", "link,process"})).status, cYes);
-    const auto json = runProgram(inspect({"diff", "--json", first, second}));
+    EXPECT_EQ(text.status, eNo);
+    EXPECT_EQ(inspect({"diff", first, second, "--ignore", "link,process"}).status, eYes);
+    const auto json = inspect({"diff", "--json", first, second});
     TestSupport::writeFile(directory / "diff.json", json.output);
     EXPECT_EQ(TestSupport::invalidity("bus_diff.schema.json", directory / "diff.json"), "");
-    EXPECT_EQ(runProgram(inspect({"diff", first, "-c", channel})).status, cNoChannel);
-    EXPECT_EQ(runProgram(inspect({"diff", first, directory / "none.json"})).status, cNoFile);
+    EXPECT_EQ(inspect({"diff", first, "-c", channel}).status, eNoChannel);
+    EXPECT_EQ(inspect({"diff", first, directory / "none.json"}).status, eNoState);
     for (const std::vector<std::string>& mistake :
          std::vector<std::vector<std::string>>{{"diff"},
                                                {"diff", "-", "-"},
@@ -65,7 +55,7 @@ TEST(DiffCommand, ComparesFilesAndTheLiveBusAndTellsByItsStatus)
                                                {"diff", first, second, "--ignore", "all"},
                                                {"watch", "--interval", "0"},
                                                {"watch", "--until", "no-such-finding"}}) {
-        EXPECT_EQ(runProgram(inspect(mistake)).status, cMistake) << testing::PrintToString(mistake);
+        EXPECT_EQ(inspect(mistake).status, eFailed) << testing::PrintToString(mistake);
     }
 }
 
@@ -91,7 +81,7 @@ public:
 TEST(WatchCommand, TellsWhatHappensAtOnceAndLivesThroughTheChannelGoingAway)
 {
     const std::string channel = TestSupport::uniqueChannelName();
-    Program watch(inspect({"watch", "-c", channel, "--interval", "10ms", "--json"}));
+    Program watch(inspectWords({"watch", "-c", channel, "--interval", "10ms", "--json"}));
     const auto told = [&](const std::string& what) {
         return TestSupport::waitUntil([&] { return watch.output().find(what) != std::string::npos; });
     };
@@ -114,7 +104,7 @@ TEST(WatchCommand, TellsWhatHappensAtOnceAndLivesThroughTheChannelGoingAway)
     EXPECT_TRUE(told(R"("change":"removed","kind":"link")")) << "what has changed in the meantime";
     watch.send(SIGINT);
     const std::string output = watch.output();
-    EXPECT_EQ(watch.wait(), cYes);
+    EXPECT_EQ(watch.wait(), eYes);
     const TestSupport::TemporaryDirectory directory;
     TestSupport::writeFile(directory / "lines", output);
     EXPECT_EQ(TestSupport::invalidity("bus_diff.schema.json", directory / "lines", "event"), "") << output;
@@ -125,29 +115,29 @@ TEST(WatchCommand, EndsWhenItIsTimeAndWhenNobodyReads)
 {
     const WatchedBus bus(TestSupport::uniqueChannelName());
     const std::string& channel = bus.mChannel.name();
-    const auto timed = runProgram(inspect({"watch", "-c", channel, "--for", "100ms"}));
-    EXPECT_EQ(timed.status, cYes);
+    const auto timed = inspect({"watch", "-c", channel, "--for", "100ms"});
+    EXPECT_EQ(timed.status, eYes);
     EXPECT_THAT(timed.output, ContainsRegex("^[-0-9]+T[0-9:.]+Z \\+ channel .*: there, [^\n]*\n$"));
     const auto unread =
         runProgram({"/bin/bash", "-c", "\"$0\" watch -c \"$1\" | head -n 1 >/dev/null; exit ${PIPESTATUS[0]}",
                     INSPECT_BINARY, channel});
-    EXPECT_EQ(unread.status, cYes) << "though nothing has happened that it could have failed to write";
+    EXPECT_EQ(unread.status, eYes) << "though nothing has happened that it could have failed to write";
     EXPECT_EQ(unread.errors, "");
-    Program stopped(inspect({"watch", "-c", channel, "--interval", "1h"}));
+    Program stopped(inspectWords({"watch", "-c", channel, "--interval", "1h"}));
     EXPECT_TRUE(TestSupport::waitUntil([&] { return !stopped.output().empty(); }));
     stopped.send(SIGTERM);
-    EXPECT_EQ(stopped.wait(), cYes);
+    EXPECT_EQ(stopped.wait(), eYes);
 }
 
 TEST(WatchCommand, WaitsForAFinding)
 {
     WatchedBus bus(TestSupport::uniqueChannelName());
     const auto words = [&](const std::string& time) {
-        return inspect(
+        return inspectWords(
             {"watch", "-c", bus.mChannel.name(), "--until", "dead-process", "--interval", "10ms", "--for", time});
     };
     const auto inVain = runProgram(words("100ms"));
-    EXPECT_EQ(inVain.status, cTimeIsUp);
+    EXPECT_EQ(inVain.status, eTimeIsUp);
     EXPECT_THAT(inVain.errors, HasSubstr("time is up"));
     TestSupport::ForkedChild child([] { return pause(); });
     bus.mChannel.lock().registerCommunicator(static_cast<std::uint32_t>(child.processId()));
@@ -156,7 +146,7 @@ TEST(WatchCommand, WaitsForAFinding)
     Program watch(inJson);
     EXPECT_TRUE(TestSupport::waitUntil([&] { return !watch.output().empty(); }));
     child.send(SIGKILL);
-    EXPECT_EQ(watch.wait(), cYes);
+    EXPECT_EQ(watch.wait(), eYes);
     const TestSupport::TemporaryDirectory directory;
     TestSupport::writeFile(directory / "lines", watch.output());
     EXPECT_EQ(TestSupport::invalidity("bus_diff.schema.json", directory / "lines", "event"), "");

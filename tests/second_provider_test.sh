@@ -21,7 +21,7 @@ cmake --install "$scratch/build" --prefix "$scratch/platform" >/dev/null
 rm -rf "$scratch/build"
 
 mkdir "$scratch/source"
-cp -r "$source"/{CMakeLists.txt,app,channel,cmake,completions,docs,enquirer,inspect,writer} "$scratch/source"
+cp -r "$source"/{CMakeLists.txt,app,channel,cmake,completions,docs,enquirer,inspect,json,writer} "$scratch/source"
 configure_and_build -S "$scratch/source" -B "$scratch/build" -DZUNIC_PLATFORM_DIR="$scratch/platform"
 cmake --install "$scratch/build" --prefix "$scratch/installed" >/dev/null
 

@@ -30,6 +30,16 @@ host() {
   read -r -t 60 line <&"$ready" || fail "no demo bus: $line"
 }
 
+# The processes of the bus are its children.
+child_of_bus() {
+  local process
+  for process in $(<"/proc/$bus/task/$bus/children"); do
+    [ "$(<"/proc/$process/comm")" != "$1" ] || echo "$process"
+  done
+}
+
+is_living() { grep -qs ') [^ZX] ' "/proc/$1/stat"; }
+
 keys() {
   local key
   for key; do "${terminal[@]}" send-keys "$key"; done
@@ -128,12 +138,9 @@ sees '*every 60s*'
 # What has changed is bold. No look comes between, but that of the key.
 keys 1
 sees '*processes 1/6*'
-# Others may end while their files are read.
-logger=$(grep -l "^[0-9]* (loggerd) . $bus " /proc/[0-9]*/stat 2>/dev/null | head -n 1 || true)
-kill -9 "$(basename "${logger%/stat}")"
-for ((i = 0; i < 600; ++i)); do
-  ! grep -q ') [^ZX] ' "$logger" 2>/dev/null || sleep 0.05
-done
+logger=$(child_of_bus loggerd)
+kill -9 "$logger"
+while is_living "$logger"; do sleep 0.05; done
 keys 1
 sees -e $'*\e\\[1m*dead 2*'
 keys d

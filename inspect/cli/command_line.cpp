@@ -21,14 +21,14 @@ constexpr auto cExamples = "  zunic_inspect list                     what is reg
                            "  zunic_inspect save bus.json            keep the state of the bus\n"
                            "  zunic_inspect list --from bus.json     look at it later\n";
 
-constexpr auto cExitStatuses =
-    "Exit status:\n"
-    "  0  yes; done\n"
-    "  1  no: nothing fits, or it is still there; a finding, a difference\n"
-    "  2  the command line cannot be read, or the program itself failed\n"
-    "  3  time is up\n"
-    "  4  no usable channel, or its mutex could not be taken\n"
-    "  5  no saved state (or contract) in that file: missing, cut short, or something else\n";
+std::string exitStatuses()
+{
+    std::string text = "Exit status:\n";
+    for (std::size_t status = 0; status < cExitStatusMeanings.size(); ++status) {
+        text += "  " + std::to_string(status) + "  " + cExitStatusMeanings[status] + "\n";
+    }
+    return text;
+}
 
 /// A stream that is closed is opened so that it cannot be used. Else a file would take its place, and what is printed.
 void openStandardStreams()
@@ -55,14 +55,14 @@ void addCommand(CLI::App& app, const Command& command, Run& chosen)
     part->option_defaults()->take_last();
     part->footer("");
     part->callback([&chosen, run = command.mAddOptions(*part)] { chosen = run; });
-    part->footer(part->get_footer() + (part->get_footer().empty() ? "" : "\n\n") + cExitStatuses);
+    part->footer(part->get_footer() + (part->get_footer().empty() ? "" : "\n\n") + exitStatuses());
 }
 
 /// None when the command line asked for help or the version, which have then been printed.
 Run readCommandLine(CLI::App& app, int argc, char** argv, std::span<const Command* const> commands)
 {
     app.formatter(std::make_shared<HelpFormatter>(cExamples));
-    app.footer(std::string("zunic_inspect COMMAND --help tells more.\n\n") + cExitStatuses);
+    app.footer(std::string("zunic_inspect COMMAND --help tells more.\n\n") + exitStatuses());
     app.set_version_flag("--version", std::string("zunic_inspect ") + ZUNIC_INSPECT_VERSION,
                          "Show the version and exit");
     app.require_subcommand(0, 1);

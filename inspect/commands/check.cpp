@@ -161,7 +161,7 @@ Run addCheckOptions(CLI::App& part)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     part.add_option("--expect", options.mContract, "Hold the bus against this contract, too (see save --as-contract)")
         ->type_name("FILE")
-        ->check([](const std::string& file) { return file.empty() ? "expected the name of a file" : ""; }, "");
+        ->check(complaintAboutFile, "");
     part.add_option("--explain", line->mExplained, "Tell what a finding means, and do not look at all")
         ->type_name("CODE");
     addLookOptions(part, options.mLook);

@@ -39,7 +39,7 @@ void addFile(CLI::App& part, const char* name, std::string& file, const char* me
 {
     part.add_option(name, file, meaning)
         ->type_name("")
-        ->check([](const std::string& given) { return given.empty() ? "expected the name of a file" : ""; }, "")
+        ->check(complaintAboutFile, "")
         ->multi_option_policy(CLI::MultiOptionPolicy::Throw);
 }
 

@@ -1,5 +1,7 @@
 #include "inspect/findings/finding.h"
 
+#include <nlohmann/json.hpp>
+
 namespace Inspect {
 
 Json toJson(const Finding& finding)

@@ -3,6 +3,7 @@
 
 #include "inspect/saved/record_json.h"
 
+#include <nlohmann/json.hpp>
 #include <ostream>
 
 namespace Inspect {

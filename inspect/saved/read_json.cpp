@@ -1,6 +1,7 @@
 #include "inspect/saved/read_json.h"
 
-#include "inspect/saved/text_position.h"
+#include "json/parse_json.h"
+#include "json/text_position.h"
 
 #include <array>
 
@@ -8,13 +9,7 @@ namespace Inspect {
 
 namespace {
 
-/// No state is deeper, and what later versions add will not be by much. Without a bound a hostile file could ask for
-/// any amount of memory.
-constexpr std::size_t cMostNesting = 32;
 constexpr std::size_t cMostBytes = std::size_t{1} << 30;
-
-/// A JSON pointer to no place at all.
-constexpr auto cNowhere = "nowhere";
 
 std::string readText(std::istream& in)
 {
@@ -32,13 +27,11 @@ std::string readText(std::istream& in)
     return text;
 }
 
-/// The reason without what the library puts in front of it, and without the text around the place.
-std::string reasonOf(const Json::exception& error)
+/// "line 3, column 14: ", of the byte at `offset`.
+std::string at(std::string_view text, std::size_t offset)
 {
-    const std::string what = error.what();
-    const std::size_t place = what.find(": ");
-    const std::size_t begin = place == std::string::npos ? what.find("] ") : place;
-    return what.substr(begin + 2, what.find("; last read:") - (begin + 2));
+    const auto [line, column] = ZunicJson::positionOf(text, offset);
+    return "line " + std::to_string(line) + ", column " + std::to_string(column) + ": ";
 }
 
 } // namespace
@@ -46,17 +39,14 @@ std::string reasonOf(const Json::exception& error)
 void readJson(std::istream& in, const std::function<void(const JsonPlace& document)>& read)
 {
     const std::string text = readText(in);
-    const auto at = [&](std::size_t offset) { return positionText(text, offset) + ": "; };
-    if (const std::size_t deep = findDeeperThan(text, cMostNesting); deep != std::string::npos) {
-        throw NoState(at(deep) + "nested deeper than any state");
-    }
     try {
-        const Json document = Json::parse(text);
+        const Json document = ZunicJson::parseJson(text);
         read(JsonPlace(document));
-    } catch (const Json::exception& error) {
-        throw NoState(at(offsetOf(text, cNowhere)) + "no JSON: " + reasonOf(error));
-    } catch (const Misplaced& mistake) {
-        throw NoState(at(offsetOf(text, mistake.mPointer)) + mistake.mPointer + (mistake.mPointer.empty() ? "" : ": ") +
+    } catch (const ZunicJson::Unparsable& mistake) {
+        throw NoState(at(text, mistake.mOffset) + mistake.what());
+    } catch (const ZunicJson::Misplaced& mistake) {
+        const std::string& pointer = mistake.mPointer;
+        throw NoState(at(text, ZunicJson::offsetOf(text, pointer)) + pointer + (pointer.empty() ? "" : ": ") +
                       mistake.what());
     }
 }

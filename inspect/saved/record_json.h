@@ -2,15 +2,16 @@
 #define INSPECT_SAVED_RECORD_JSON_H
 
 #include "inspect/bus/bus_state.h"
-#include "inspect/saved/json_place.h"
-
-#include <nlohmann/json.hpp>
+#include "json/json_fwd.h"
 
 // The records of a state as JSON, as docs/bus_state.schema.json has it. Numbers are numbers; states and types are
 // words, or numbers where the bus has one without a meaning; a name is a string if it is valid UTF-8, else an array of
 // bytes.
 
 namespace Inspect {
+
+using ZunicJson::Json;
+using ZunicJson::JsonPlace;
 
 /// A name: a string if it is valid UTF-8, else an array of bytes.
 Json nameToJson(const std::string& bytes);

@@ -64,6 +64,13 @@ std::set<pid_t> ChurningBus::processes() const
     return ids;
 }
 
+void ChurningBus::end() const
+{
+    for (const ForkedChild& process : mProcesses) {
+        process.end();
+    }
+}
+
 pid_t ChurningBus::holder() const
 {
     auto* const lockWord =

@@ -33,6 +33,9 @@ public:
     /// One more process that churns, which is not among `processes`.
     ForkedChild startVictim();
 
+    /// Kills the processes, which stay zombies; returns when all have ended.
+    void end() const;
+
     /// The process that holds the registry mutex at this moment; 0: none.
     pid_t holder() const;
 

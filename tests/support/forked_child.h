@@ -74,6 +74,14 @@ public:
         return WIFSIGNALED(status) ? 1000 + WTERMSIG(status) : WEXITSTATUS(status);
     }
 
+    /// Returns when it has ended; its process id stays taken until `wait`.
+    void end() const
+    {
+        send(SIGKILL);
+        siginfo_t info{};
+        waitid(P_PID, static_cast<id_t>(mProcessId), &info, WEXITED | WNOWAIT);
+    }
+
     /// Returns when it is stopped.
     void stop() const
     {

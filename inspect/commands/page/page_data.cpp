@@ -4,6 +4,7 @@
 #include "inspect/saved/record_json.h"
 
 #include <charconv>
+#include <nlohmann/json.hpp>
 #include <unordered_map>
 
 namespace Inspect {

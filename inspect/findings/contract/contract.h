@@ -6,6 +6,7 @@
 #include <istream>
 #include <optional>
 #include <ostream>
+#include <span>
 
 // Which interfaces have to be on a bus, and which must not: a JSON file, as docs/bus_contract.schema.json tells it.
 

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <map>
+#include <nlohmann/json.hpp>
 #include <tuple>
 
 namespace Inspect {

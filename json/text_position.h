@@ -1,14 +1,20 @@
-#ifndef INSPECT_SAVED_TEXT_POSITION_H
-#define INSPECT_SAVED_TEXT_POSITION_H
+#ifndef JSON_TEXT_POSITION_H
+#define JSON_TEXT_POSITION_H
 
 #include <cstddef>
-#include <string>
 #include <string_view>
 
-namespace Inspect {
+namespace ZunicJson {
 
-/// "line 3, column 14", both counted from 1, of the byte at `offset`.
-std::string positionText(std::string_view text, std::size_t offset);
+/// Both counted from 1, in bytes.
+struct TextPosition
+{
+    std::size_t mLine;
+    std::size_t mColumn;
+};
+
+/// Where the byte at `offset` is.
+TextPosition positionOf(std::string_view text, std::size_t offset);
 
 /// Where in a JSON document the container begins, or the other value ends, that a JSON pointer such as
 /// "/interfaces/3/id" names, or the innermost container on the way to it that is there. In a text that is no JSON:
@@ -18,6 +24,6 @@ std::size_t offsetOf(std::string_view text, std::string_view pointer);
 /// Where the first container begins that lies deeper than `depth` others; npos when there is none.
 std::size_t findDeeperThan(std::string_view text, std::size_t depth);
 
-} // namespace Inspect
+} // namespace ZunicJson
 
 #endif

@@ -1,11 +1,13 @@
-#include "inspect/saved/text_position.h"
+#include "json/text_position.h"
 
-#include "inspect/saved/json_place.h"
+#include "json/json_fwd.h"
 
 #include <algorithm>
+#include <nlohmann/json.hpp>
+#include <string>
 #include <vector>
 
-namespace Inspect {
+namespace ZunicJson {
 
 namespace {
 
@@ -121,12 +123,12 @@ private:
 
 } // namespace
 
-std::string positionText(std::string_view text, std::size_t offset)
+TextPosition positionOf(std::string_view text, std::size_t offset)
 {
     const std::string_view before = text.substr(0, std::min(offset, text.size()));
-    const auto line = 1 + std::ranges::count(before, '\n');
+    const auto lineEnds = static_cast<std::size_t>(std::ranges::count(before, '\n'));
     const std::size_t lineBegin = before.rfind('\n') + 1; // 0 when there is no line end: npos + 1.
-    return "line " + std::to_string(line) + ", column " + std::to_string(before.size() - lineBegin + 1);
+    return {lineEnds + 1, before.size() - lineBegin + 1};
 }
 
 std::size_t offsetOf(std::string_view text, std::string_view pointer)
@@ -165,4 +167,4 @@ std::size_t findDeeperThan(std::string_view text, std::size_t depth)
     return std::string_view::npos;
 }
 
-} // namespace Inspect
+} // namespace ZunicJson
