@@ -126,7 +126,8 @@ void measureGrowthOfCheck()
         times.reserve(11);
         for (int i = 0; i < 11; ++i) {
             const auto begin = std::chrono::steady_clock::now();
-            Inspect::findAll(state, &state);
+            const Inspect::BusIndex before(state);
+            Inspect::findAll(Inspect::BusIndex(state), &before);
             times.push_back(
                 std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count());
         }

@@ -3,7 +3,8 @@
 
 #include "inspect/changes/changes.h"
 #include "inspect/commands/metrics/metrics.h"
-#include "inspect/findings/contract/contract.h"
+#include "inspect/findings/contract/compare_contract.h"
+#include "inspect/findings/contract/write_contract.h"
 #include "inspect/findings/findings.h"
 #include "inspect/saved/state_json.h"
 
@@ -36,9 +37,10 @@ std::string written(const Inspect::BusState& state)
 void holdToItsContract(const Inspect::BusState& state)
 {
     std::stringstream text;
-    writeContract(text, state);
-    for (const Inspect::Finding& finding : compareWithContract(Inspect::readContract(text), state)) {
-        require(finding.mSeverity == Inspect::Severity::eNote, finding.mCode);
+    const Inspect::BusIndex index(state);
+    writeContract(text, index);
+    for (const Inspect::Finding& finding : compareWithContract(Inspect::readContract(text), index)) {
+        require(finding.mSeverity == Inspect::Severity::eNote, finding.mKind->mCode);
     }
 }
 
@@ -46,7 +48,7 @@ void lookAt(const Inspect::BusState& state)
 {
     std::ostringstream figures;
     writeMetrics(figures, state, &state);
-    findAll(state);
+    findAll(Inspect::BusIndex(state));
     require(changesBetween(state, state).empty(), "a state does not differ from itself");
     changesBetween(Inspect::BusState(), state);
     holdToItsContract(state);

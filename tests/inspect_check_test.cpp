@@ -1,4 +1,4 @@
-#include "inspect/findings/contract/contract.h"
+#include "inspect/findings/contract/compare_contract.h"
 #include "inspect/findings/findings.h"
 #include "inspect/live/take_state.h"
 #include "inspect/saved/state_json.h"
@@ -63,9 +63,11 @@ std::set<std::string> told(const BusState& now, const BusState* before = nullptr
     const std::map<Severity, std::string> words{
         {Severity::eError, "error "}, {Severity::eWarning, "warning "}, {Severity::eNote, "note "}};
     std::set<std::string> all;
-    for (const Finding& finding : findAll(now, before)) {
-        all.insert(words.at(finding.mSeverity) + finding.mCode);
-        EXPECT_FALSE(finding.mEvidence.empty() || std::string(finding.mAdvice).empty()) << finding.mCode;
+    const BusIndex indexBefore(before != nullptr ? *before : now);
+    for (const Finding& finding : findAll(BusIndex(now), before != nullptr ? &indexBefore : nullptr)) {
+        const FindingKind& kind = *finding.mKind;
+        all.insert(words.at(finding.mSeverity) + kind.mCode);
+        EXPECT_FALSE(finding.mEvidence.empty() || std::string(kind.mAdvice).empty()) << kind.mCode;
     }
     return all;
 }
@@ -187,8 +189,8 @@ TEST(Check, EachFindingAppearsWithItsCauseAndGoesWithIt)
             seen.insert(finding.substr(finding.find(' ') + 1));
         }
     }
-    for (const FindingKind& kind : findingKinds()) {
-        EXPECT_TRUE(seen.contains(kind.mCode)) << kind.mCode;
+    for (const FindingKind* const kind : findingKinds()) {
+        EXPECT_TRUE(seen.contains(kind->mCode)) << kind->mCode;
     }
 }
 
@@ -286,8 +288,8 @@ TEST(Check, AnswersByStatusTableAndJson)
     EXPECT_EQ(check({"--from", file, "--ignore", "sltos-low"}).status, 2);
     EXPECT_EQ(check({"--from", file, "--from", file, "--from", file}).status, 2);
     EXPECT_EQ(check({"--from", directory / "none"}).status, 5);
-    for (const FindingKind& kind : findingKinds()) {
-        EXPECT_THAT(check({"--explain", kind.mCode}).output, HasSubstr(kind.mDefinition));
+    for (const FindingKind* const kind : findingKinds()) {
+        EXPECT_THAT(check({"--explain", kind->mCode}).output, HasSubstr(kind->mDefinition));
     }
 
     TestSupport::writeFile(directory / "told.json", check({"--from", file, "--from", file, "--json"}).output);
@@ -320,8 +322,8 @@ TEST(Contract, EachBreachIsTold)
     };
     for (const auto& [members, expected] : cases) {
         std::vector<std::string> codes;
-        for (const Finding& finding : compareWithContract(contractOf(members), state)) {
-            codes.emplace_back(finding.mCode);
+        for (const Finding& finding : compareWithContract(contractOf(members), BusIndex(state))) {
+            codes.emplace_back(finding.mKind->mCode);
             EXPECT_EQ(finding.mSeverity, Severity::eError);
         }
         EXPECT_EQ(codes, expected) << members;

@@ -1,15 +1,12 @@
 #include "inspect/commands/check.h"
 
 #include "inspect/commands/shared_options.h"
-#include "inspect/findings/contract/contract.h"
+#include "inspect/findings/contract/compare_contract.h"
 #include "inspect/saved/json_rows.h"
-#include "inspect/saved/no_state.h"
+#include "inspect/saved/read_file.h"
 #include "inspect/view/cells.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <fstream>
 #include <memory>
 
 namespace Inspect {
@@ -48,12 +45,12 @@ std::string tableOf(const std::vector<Finding>& findings, const TableLook& look)
                 look);
     for (const Finding& finding : findings) {
         table.addLine({{severityWord(finding.mSeverity), colorOf(finding.mSeverity)},
-                       {finding.mCode},
+                       {finding.mKind->mCode},
                        {subjectWord(finding.mSubject.mKind)},
                        idCell(finding.mSubject),
                        {finding.mSubject.mName},
                        {finding.mEvidence, nullptr, Blanks::eKept},
-                       {finding.mAdvice, nullptr, Blanks::eKept}});
+                       {finding.mKind->mAdvice, nullptr, Blanks::eKept}});
     }
     return table.text();
 }
@@ -69,55 +66,28 @@ void writeJson(const std::vector<Finding>& findings, std::ostream& out)
 
 Contract readContractFile(const std::string& file)
 {
-    std::ifstream in(file, std::ios::binary);
-    if (!in.is_open()) {
-        throw NoState(file + ": " + std::strerror(errno));
-    }
-    try {
-        return readContract(in);
-    } catch (const NoState& error) {
-        throw NoState(file + ": " + error.what());
-    }
-}
-
-/// With a contract, a stub without a provider is no matter of taste any more.
-void addBreaches(const Contract& contract, const BusState& state, std::vector<Finding>& findings)
-{
-    for (Finding& finding : findings) {
-        if (finding.mCode == std::string_view("no-provider")) {
-            finding.mSeverity = Severity::eError;
-        }
-    }
-    const std::vector<Finding> breaches = compareWithContract(contract, state);
-    findings.insert(findings.begin(), breaches.begin(), breaches.end());
-    std::ranges::stable_sort(findings, std::ranges::greater(), &Finding::mSeverity);
+    Contract contract;
+    readFile(file, [&](std::istream& in) { contract = readContract(in); });
+    return contract;
 }
 
 struct CheckCommandLine
 {
     CheckOptions mOptions;
-    std::string mExplained; ///< a code; empty: check
+    const FindingKind* mExplained = nullptr; ///< null: check
 };
 
 std::string codesHelp()
 {
     std::string text = "Codes, each with the gravest severity that it can have:";
     for (const auto kinds : {findingKinds(), contractKinds()}) {
-        for (const FindingKind& kind : kinds) {
-            std::string code = kind.mCode;
+        for (const FindingKind* const kind : kinds) {
+            std::string code = kind->mCode;
             code.resize(22, ' ');
-            text += "\n  " + code + severityWord(kind.mSeverity);
+            text += "\n  " + code + severityWord(kind->mSeverity);
         }
     }
     return text;
-}
-
-const FindingKind& requireKind(const char* option, const std::string& code)
-{
-    if (const FindingKind* const kind = findingKind(code)) {
-        return *kind;
-    }
-    throw UsageMistake(std::string(option) + ": there is no finding \"" + code + "\" (see --help)");
 }
 
 void addFailOnOption(CLI::App& part, CheckOptions& options)
@@ -138,13 +108,10 @@ void addFailOnOption(CLI::App& part, CheckOptions& options)
 
 ExitStatus run(const CheckCommandLine& line, std::ostream& out)
 {
-    for (const std::string& code : line.mOptions.mIgnored) {
-        requireKind("--ignore", code);
-    }
-    if (line.mExplained.empty()) {
+    if (line.mExplained == nullptr) {
         return runCheck(line.mOptions, out);
     }
-    explain(requireKind("--explain", line.mExplained), out);
+    explain(*line.mExplained, out);
     return eExitYes;
 }
 
@@ -155,14 +122,23 @@ Run addCheckOptions(CLI::App& part)
     addLookSourceOptions(part, options.mSource);
     part.add_flag("--json", options.mJson, "JSON instead of a table");
     addFailOnOption(part, options);
-    part.add_option("--ignore", options.mIgnored, "Leave out this finding; may be given again")
+    part.add_option_function<std::vector<std::string>>(
+            "--ignore",
+            [&options](const std::vector<std::string>& codes) {
+                for (const std::string& code : codes) {
+                    options.mIgnored.push_back(&readFindingKind("--ignore", code));
+                }
+            },
+            "Leave out this finding; may be given again")
         ->type_name("CODE")
         ->expected(1)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     part.add_option("--expect", options.mContract, "Hold the bus against this contract, too (see save --as-contract)")
         ->type_name("FILE")
         ->check(complaintAboutFile, "");
-    part.add_option("--explain", line->mExplained, "Tell what a finding means, and do not look at all")
+    part.add_option_function<std::string>(
+            "--explain", [line](const std::string& code) { line->mExplained = &readFindingKind("--explain", code); },
+            "Tell what a finding means, and do not look at all")
         ->type_name("CODE");
     addLookOptions(part, options.mLook);
     part.footer(codesHelp());
@@ -178,12 +154,14 @@ ExitStatus runCheck(const CheckOptions& options, std::ostream& out)
         contract = readContractFile(options.mContract);
     }
     const std::vector<BusState> looks = takeLooks(options.mSource);
-    std::vector<Finding> findings = findAll(looks.back(), looks.size() > 1 ? &looks.front() : nullptr);
+    const BusIndex now(looks.back());
+    const BusIndex before(looks.front());
+    std::vector<Finding> findings = findAll(now, looks.size() > 1 ? &before : nullptr);
     if (contract) {
-        addBreaches(*contract, looks.back(), findings);
+        addBreaches(*contract, now, findings);
     }
     std::erase_if(findings, [&](const Finding& finding) {
-        return std::ranges::find(options.mIgnored, finding.mCode) != options.mIgnored.end();
+        return std::ranges::find(options.mIgnored, finding.mKind) != options.mIgnored.end();
     });
     if (options.mJson) {
         writeJson(findings, out);

@@ -16,8 +16,8 @@ struct CheckOptions
 {
     LookSource mSource;
     Severity mFailOn = Severity::eError;
-    std::vector<std::string> mIgnored; ///< codes
-    std::string mContract;             ///< a file; empty: none
+    std::vector<const FindingKind*> mIgnored;
+    std::string mContract; ///< a file; empty: none
     bool mJson = false;
     TableLook mLook;
 };

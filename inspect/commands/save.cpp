@@ -1,6 +1,6 @@
 #include "inspect/commands/save.h"
 #include "inspect/commands/shared_options.h"
-#include "inspect/findings/contract/contract.h"
+#include "inspect/findings/contract/write_contract.h"
 #include "inspect/live/take_state.h"
 #include "inspect/saved/state_json.h"
 #include "inspect/saved/whole_file.h"
@@ -22,7 +22,7 @@ ExitStatus runSave(const SaveOptions& options, std::ostream& out)
 {
     const BusState state = takeState(options.mChannel, Wanted::everything());
     const auto write = [&](std::ostream& file) {
-        options.mAsContract ? writeContract(file, state) : writeState(file, state);
+        options.mAsContract ? writeContract(file, BusIndex(state)) : writeState(file, state);
     };
     if (options.mFile == "-") {
         write(out);

@@ -3,10 +3,8 @@
 #include "inspect/bus/words.h"
 #include "inspect/cli/command.h"
 #include "inspect/cli/durations.h"
-#include "inspect/findings/contract/contract.h"
 #include "inspect/findings/findings.h"
 
-#include <algorithm>
 #include <string_view>
 
 namespace Inspect {
@@ -86,15 +84,12 @@ void addLookOptions(CLI::App& part, TableLook& look)
     addColorOption(part, look.mColors);
 }
 
-const FindingKind* findingKind(const std::string& code)
+const FindingKind& readFindingKind(const char* option, const std::string& code)
 {
-    for (const auto kinds : {findingKinds(), contractKinds()}) {
-        const auto found = std::ranges::find(kinds, code, &FindingKind::mCode);
-        if (found != kinds.end()) {
-            return &*found;
-        }
+    if (const FindingKind* const kind = findingKind(code)) {
+        return *kind;
     }
-    return nullptr;
+    throw UsageMistake(std::string(option) + ": there is no finding \"" + code + "\" (see --help)");
 }
 
 } // namespace Inspect

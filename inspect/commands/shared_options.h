@@ -24,8 +24,8 @@ void addFilterOptions(CLI::App& part, InterfaceFilter& filter);
 /// --noheadings and --color; call it once for a command.
 void addLookOptions(CLI::App& part, TableLook& look);
 
-/// The kind of finding with that code; null when there is none.
-const FindingKind* findingKind(const std::string& code);
+/// The kind of finding with the code that the option was given. Throws UsageMistake.
+const FindingKind& readFindingKind(const char* option, const std::string& code);
 
 } // namespace Inspect
 

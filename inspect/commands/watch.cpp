@@ -75,8 +75,9 @@ public:
         Json json{{"change", "found"}, {"kind", "finding"}};
         json.update(toJson(finding));
         write(time,
-              std::string("! ") + finding.mCode + ' ' + subjectWord(subject.mKind) + ' ' + std::to_string(subject.mId) +
-                  (isNamed ? ' ' + printable(subject.mName) : "") + ": " + printable(finding.mEvidence, Blanks::eKept),
+              std::string("! ") + finding.mKind->mCode + ' ' + subjectWord(subject.mKind) + ' ' +
+                  std::to_string(subject.mId) + (isNamed ? ' ' + printable(subject.mName) : "") + ": " +
+                  printable(finding.mEvidence, Blanks::eKept),
               json);
     }
 
@@ -108,8 +109,9 @@ public:
     {
         const Clock::time_point time = Clock::now();
         BusState now = takeState(mOptions.mChannel, Wanted::everything());
-        std::vector<Finding> findings = findAll(now, mOlder ? &*mOlder : nullptr);
-        std::erase_if(findings, [&](const Finding& finding) { return finding.mCode != mOptions.mUntil; });
+        const BusIndex older(mOlder ? *mOlder : now);
+        std::vector<Finding> findings = findAll(BusIndex(now), mOlder ? &older : nullptr);
+        std::erase_if(findings, [&](const Finding& finding) { return finding.mKind != mOptions.mUntil; });
         if (!mYounger || time - mYoungerTakenAt >= cApart) {
             mOlder = std::exchange(mYounger, std::move(now));
             mYoungerTakenAt = time;
@@ -169,7 +171,7 @@ bool Watch::look()
     }
     mPrinted = now;
     try {
-        return !mOptions.mUntil.empty() && printFindings();
+        return mOptions.mUntil != nullptr && printFindings();
     } catch (const NoChannel& trouble) {
         print(trouble);
         return false;
@@ -214,11 +216,6 @@ bool Watch::printFindings()
     return !findings.empty();
 }
 
-std::string checkCode(const std::string& code)
-{
-    return findingKind(code) != nullptr ? "" : "no such finding: " + code;
-}
-
 Run addWatchOptions(CLI::App& part)
 {
     const auto options = std::make_shared<WatchOptions>();
@@ -234,9 +231,10 @@ Run addWatchOptions(CLI::App& part)
             "--for", [options](const std::string& text) { options->mFor = readDuration("--for", text); },
             "End after this: 30s, 500ms, 2m, 1h, or none (none)")
         ->type_name("TIME");
-    part.add_option("--until", options->mUntil, "End with status 0 when check would have this finding")
-        ->type_name("CODE")
-        ->check(checkCode, "");
+    part.add_option_function<std::string>(
+            "--until", [options](const std::string& code) { options->mUntil = &readFindingKind("--until", code); },
+            "End with status 0 when check would have this finding")
+        ->type_name("CODE");
     addChangeOptions(part, options->mChanges, "One JSON object a line");
     part.footer(
         "Lines are those of diff, each with the time of the look that saw it, in UTC. Ctrl-C ends it with status "
@@ -258,8 +256,8 @@ ExitStatus runWatch(const WatchOptions& options, std::ostream& out)
         if (watch.look()) {
             return eExitYes;
         }
-        if (isLast && !options.mUntil.empty()) {
-            complain("time is up: no " + options.mUntil);
+        if (isLast && options.mUntil != nullptr) {
+            complain(std::string("time is up: no ") + options.mUntil->mCode);
             return eExitTimeIsUp;
         }
         const Clock::time_point next = now + options.mInterval;

@@ -3,6 +3,7 @@
 
 #include "inspect/cli/command.h"
 #include "inspect/commands/diff.h"
+#include "inspect/findings/finding.h"
 
 #include <chrono>
 #include <optional>
@@ -15,7 +16,7 @@ struct WatchOptions
     std::string mChannel = "OXABus";
     std::chrono::milliseconds mInterval{200};      ///< from look to look
     std::optional<std::chrono::milliseconds> mFor; ///< none: until it is stopped
-    std::string mUntil;                            ///< the code of a finding; empty: none
+    const FindingKind* mUntil = nullptr;           ///< the finding to wait for; null: none
     ChangeOptions mChanges;
 };
 

@@ -48,7 +48,7 @@ Faults faultsIn(const std::vector<Slot>& slots)
     return faults;
 }
 
-void find(const Looks& looks, const Rule& rule, Findings& findings)
+void find(const Looks& looks, Report& report)
 {
     const Faults now = faultsIn(looks.mNow.state().mMessages.mSlots);
     if (now.empty()) {
@@ -60,21 +60,20 @@ void find(const Looks& looks, const Rule& rule, Findings& findings)
         const bool isConfirmed = looks.mBefore == nullptr || (before.contains(index) && before.at(index) == fault &&
                                                               sameBefore(looks, *looks.mNow.slot(index)) != nullptr);
         if (isConfirmed) {
-            add(findings, rule, {SubjectKind::eSlot, index, {}}, fault);
+            report.add({SubjectKind::eSlot, index, {}}, fault);
         }
     }
 }
 
 } // namespace
 
-extern const Rule cBrokenChain;
-const Rule cBrokenChain{
+extern const Rule cBrokenChain{
     {"broken-chain", Severity::eError,
      "The chain of a message's data entries has an index that is none, an entry that is not data, a loop, or an entry "
      "that another chain has, too; with a second look, in both.",
      "The message cannot be read as it was sent.",
-     "With one look only, a message that was taken away while it was read."},
-    "Save the state, and look for a process that writes where it should not, or died while writing.",
+     "With one look only, a message that was taken away while it was read.",
+     "Save the state, and look for a process that writes where it should not, or died while writing."},
     find};
 
 } // namespace Inspect

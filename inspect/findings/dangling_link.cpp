@@ -4,7 +4,7 @@ namespace Inspect {
 
 namespace {
 
-void find(const Looks& looks, const Rule& rule, Findings& findings)
+void find(const Looks& looks, Report& report)
 {
     for (const Interface& interface : looks.mNow.state().mInterfaces) {
         std::vector<std::uint16_t> missing;
@@ -14,20 +14,20 @@ void find(const Looks& looks, const Rule& rule, Findings& findings)
             }
         }
         if (!missing.empty()) {
-            add(findings, rule, subjectOf(interface),
-                std::to_string(missing.size()) + " of " + std::to_string(interface.mReceivers.size()) +
-                    " receivers: " + listed(missing));
+            report.add(subjectOf(interface), std::to_string(missing.size()) + " of " +
+                                                 std::to_string(interface.mReceivers.size()) +
+                                                 " receivers: " + listed(missing));
         }
     }
 }
 
 } // namespace
 
-extern const Rule cDanglingLink;
-const Rule cDanglingLink{{"dangling-link", Severity::eError, "A receiver set names an id that no interface in use has.",
-                          "Messages are addressed to nobody, and to whoever is given that id next.",
-                          "None is known: all interfaces are of one moment."},
-                         "Find out which interface had that id, and why it was taken back without the connection.",
-                         find};
+extern const Rule cDanglingLink{
+    {"dangling-link", Severity::eError, "A receiver set names an id that no interface in use has.",
+     "Messages are addressed to nobody, and to whoever is given that id next.",
+     "None is known: all interfaces are of one moment.",
+     "Find out which interface had that id, and why it was taken back without the connection."},
+    find};
 
 } // namespace Inspect

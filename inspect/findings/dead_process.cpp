@@ -26,7 +26,7 @@ bool isAnotherProcess(const Communicator& now, const Communicator* before)
            before->mProcess.mStartedAfterBoot != now.mProcess.mStartedAfterBoot;
 }
 
-void find(const Looks& looks, const Rule& rule, Findings& findings)
+void find(const Looks& looks, Report& report)
 {
     // A process may have taken back its registration and ended before it was asked about.
     std::map<std::uint32_t, Registration> processes;
@@ -42,26 +42,25 @@ void find(const Looks& looks, const Rule& rule, Findings& findings)
         const Subject subject{SubjectKind::eProcess, id, process.mApplication.value_or("")};
         const std::string communicators = "communicators " + listed(registration.mIds);
         if (process.mLiving == Living::eUnknown) {
-            add(findings, rule, Severity::eNote, subject, "not to be known; " + communicators);
+            report.add(Severity::eNote, subject, "not to be known; " + communicators);
         } else if (process.mLiving == Living::eNo) {
-            add(findings, rule, subject, "no such process; " + communicators);
+            report.add(subject, "no such process; " + communicators);
         } else if (isAnotherProcess(*registration.mCommunicator, sameBefore(looks, *registration.mCommunicator))) {
-            add(findings, rule, subject, "another process has that id now; " + communicators);
+            report.add(subject, "another process has that id now; " + communicators);
         }
     }
 }
 
 } // namespace
 
-extern const Rule cDeadProcess;
-const Rule cDeadProcess{
+extern const Rule cDeadProcess{
     {"dead-process", Severity::eError,
      "A communicator is registered whose process does not exist or is a zombie, or has another start time than in the "
      "first look.",
      "What the process provided is still listed, and nobody will answer.",
      "With one look only, a process that took back its registration and ended in that moment. Where /proc tells this "
-     "user nothing of a process, or not its start time, the finding is a note."},
-    "Find out why it ended (journal, core dumps), and have its registration taken back.",
+     "user nothing of a process, or not its start time, the finding is a note.",
+     "Find out why it ended (journal, core dumps), and have its registration taken back."},
     find};
 
 } // namespace Inspect

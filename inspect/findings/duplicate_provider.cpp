@@ -6,7 +6,7 @@ namespace Inspect {
 
 namespace {
 
-void find(const Looks& looks, const Rule& rule, Findings& findings)
+void find(const Looks& looks, Report& report)
 {
     for (const Service& service : looks.mNow.services()) {
         std::map<std::string_view, std::vector<const Interface*>> byRole;
@@ -21,9 +21,8 @@ void find(const Looks& looks, const Rule& rule, Findings& findings)
                 for (const Interface* const skeleton : skeletons) {
                     ids.push_back(skeleton->mId);
                 }
-                add(findings, rule, subjectOf(*skeletons.front()),
-                    std::to_string(ids.size()) + " skeletons in role " + quoted(std::string(role)) + ": " +
-                        listed(ids));
+                report.add(subjectOf(*skeletons.front()), std::to_string(ids.size()) + " skeletons in role " +
+                                                              quoted(std::string(role)) + ": " + listed(ids));
             }
         }
     }
@@ -31,12 +30,11 @@ void find(const Looks& looks, const Rule& rule, Findings& findings)
 
 } // namespace
 
-extern const Rule cDuplicateProvider;
-const Rule cDuplicateProvider{
+extern const Rule cDuplicateProvider{
     {"duplicate-provider", Severity::eWarning, "Two registered skeletons have one interface name, role and domain.",
      "Which of them a user gets is a matter of chance.",
-     "Some providers are doubled on purpose, to share the work or to take over."},
-    "Find out which process is the wrong one; a second instance was perhaps started by mistake.",
+     "Some providers are doubled on purpose, to share the work or to take over.",
+     "Find out which process is the wrong one; a second instance was perhaps started by mistake."},
     find};
 
 } // namespace Inspect

@@ -14,11 +14,11 @@ Json toJson(const Finding& finding)
     if (subject.mKind != SubjectKind::eBus || !subject.mName.empty()) {
         about["name"] = nameToJson(subject.mName);
     }
-    return {{"code", finding.mCode},
+    return {{"code", finding.mKind->mCode},
             {"severity", severityWord(finding.mSeverity)},
             {"about", std::move(about)},
             {"evidence", nameToJson(finding.mEvidence)},
-            {"look_at", finding.mAdvice}};
+            {"look_at", finding.mKind->mAdvice}};
 }
 
 const char* severityWord(Severity severity)

@@ -38,22 +38,23 @@ struct Subject
     bool operator==(const Subject& other) const = default;
 };
 
-struct Finding
-{
-    const char* mCode; ///< of its kind, such as "dead-process": stable, scripts build on it
-    Severity mSeverity;
-    Subject mSubject;
-    std::string mEvidence; ///< in numbers, one line; names in it are bytes as the bus has them
-    const char* mAdvice;   ///< one sentence: what to look at
-};
-
+/// There is one object for each kind, for as long as the program runs: its address stands for the kind.
 struct FindingKind
 {
-    const char* mCode;
+    const char* mCode;       ///< such as "dead-process": stable, scripts build on it
     Severity mSeverity;      ///< the gravest that it can have
     const char* mDefinition; ///< when it is true
     const char* mReason;     ///< why that matters
     const char* mFalseAlarms;
+    const char* mAdvice; ///< one sentence: what to look at
+};
+
+struct Finding
+{
+    const FindingKind* mKind; ///< never null
+    Severity mSeverity;
+    Subject mSubject;
+    std::string mEvidence; ///< in numbers, one line; names in it are bytes as the bus has them
 };
 
 /// "error", "warning" or "note".

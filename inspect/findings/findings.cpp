@@ -1,84 +1,76 @@
 #include "inspect/findings/findings.h"
 
-#include "inspect/cli/printable.h"
+#include "inspect/findings/contract/compare_contract.h"
 #include "inspect/findings/rule.h"
-#include "inspect/view/cells.h"
 
 #include <algorithm>
 #include <array>
-#include <optional>
-
-// One line for each finding: they are looked for, explained and sorted (among those of one severity) in this order.
-#define RULES(RULE)                                                                                                    \
-    RULE(cDeadProcess)                                                                                                 \
-    RULE(cOrphanInterface)                                                                                             \
-    RULE(cDanglingLink)                                                                                                \
-    RULE(cNoProvider)                                                                                                  \
-    RULE(cNotConnected)                                                                                                \
-    RULE(cStuckRequired)                                                                                               \
-    RULE(cDuplicateProvider)                                                                                           \
-    RULE(cVersionSkew)                                                                                                 \
-    RULE(cFunctionSkew)                                                                                                \
-    RULE(cNearMiss)                                                                                                    \
-    RULE(cPoolFull)                                                                                                    \
-    RULE(cPoolLow)                                                                                                     \
-    RULE(cPoolAccounting)                                                                                              \
-    RULE(cSlotsLow)                                                                                                    \
-    RULE(cStuckSlot)                                                                                                   \
-    RULE(cUndelivered)                                                                                                 \
-    RULE(cBrokenChain)                                                                                                 \
-    RULE(cRegistryFull)
 
 namespace Inspect {
 
-#define DECLARE(rule) extern const Rule rule;
-RULES(DECLARE)
+extern const Rule cBrokenChain, cDanglingLink, cDeadProcess, cDuplicateProvider, cFunctionSkew, cNearMiss, cNoProvider,
+    cNotConnected, cOrphanInterface, cPoolAccounting, cPoolFull, cPoolLow, cRegistryFull, cSlotsLow, cStuckRequired,
+    cStuckSlot, cUndelivered, cVersionSkew;
 
 namespace {
 
-#define ADDRESS(rule) &(rule),
-constexpr std::array cRules{RULES(ADDRESS)};
+/// One line for each: they are looked for, explained and sorted (among those of one severity) in this order.
+constexpr std::array cRules{
+    &cDeadProcess,       &cOrphanInterface, &cDanglingLink, &cNoProvider,  &cNotConnected, &cStuckRequired,
+    &cDuplicateProvider, &cVersionSkew,     &cFunctionSkew, &cNearMiss,    &cPoolFull,     &cPoolLow,
+    &cPoolAccounting,    &cSlotsLow,        &cStuckSlot,    &cUndelivered, &cBrokenChain,  &cRegistryFull,
+};
+
+constexpr auto cKinds = [] {
+    std::array<const FindingKind*, cRules.size()> kinds{};
+    std::ranges::transform(cRules, kinds.begin(), [](const Rule* rule) { return &rule->mKind; });
+    return kinds;
+}();
+
+void sortBySeverity(std::vector<Finding>& findings)
+{
+    std::ranges::stable_sort(findings, std::ranges::greater(), &Finding::mSeverity);
+}
 
 } // namespace
 
-std::string quoted(const std::string& name)
+std::span<const FindingKind* const> findingKinds()
 {
-    return '"' + printable(name, Blanks::eEscaped) + '"';
-}
-
-std::string listed(const std::vector<std::uint16_t>& ids)
-{
-    constexpr std::size_t cShown = 8;
-    std::string text;
-    for (std::size_t i = 0; i < std::min(ids.size(), cShown); ++i) {
-        appendListed(text, ids[i]);
-    }
-    return ids.size() <= cShown ? text : text + " and " + std::to_string(ids.size() - cShown) + " more";
-}
-
-std::span<const FindingKind> findingKinds()
-{
-    static const auto cKinds = [] {
-        std::array<FindingKind, cRules.size()> kinds{};
-        std::ranges::transform(cRules, kinds.begin(), [](const Rule* rule) { return rule->mKind; });
-        return kinds;
-    }();
     return cKinds;
 }
 
-std::vector<Finding> findAll(const BusState& now, const BusState* before)
+const FindingKind* findingKind(std::string_view code)
 {
-    const Look look(now);
-    std::optional<Look> lookBefore;
-    if (before != nullptr) {
-        lookBefore.emplace(*before);
+    for (const auto kinds : {findingKinds(), contractKinds()}) {
+        const auto found = std::ranges::find(kinds, code, &FindingKind::mCode);
+        if (found != kinds.end()) {
+            return *found;
+        }
     }
-    Findings findings;
+    return nullptr;
+}
+
+std::vector<Finding> findAll(const BusIndex& now, const BusIndex* before)
+{
+    std::vector<Finding> findings;
     for (const Rule* const rule : cRules) {
-        rule->mFind({look, lookBefore ? &*lookBefore : nullptr}, *rule, findings);
+        Report report(rule->mKind, findings);
+        rule->mFind({now, before}, report);
     }
-    std::ranges::stable_sort(findings, std::ranges::greater(), &Finding::mSeverity);
+    sortBySeverity(findings);
     return findings;
+}
+
+void addBreaches(const Contract& contract, const BusIndex& now, std::vector<Finding>& findings)
+{
+    for (Finding& finding : findings) {
+        if (finding.mKind == &cNoProvider.mKind) {
+            finding.mSeverity = Severity::eError;
+        }
+    }
+    const std::vector<Finding> breaches = compareWithContract(contract, now);
+    findings.insert(findings.begin(), breaches.begin(), breaches.end());
+    sortBySeverity(findings);
 }
 
 } // namespace Inspect

@@ -95,15 +95,15 @@ private:
 };
 
 /// Skeletons that no stub of their name and domain is there for, and that nothing is connected to.
-Thirds unusedSkeletons(const Look& look)
+Thirds unusedSkeletons(const BusIndex& index)
 {
     std::set<std::uint16_t> connected;
-    for (const Interface& holder : look.state().mInterfaces) {
+    for (const Interface& holder : index.state().mInterfaces) {
         connected.insert(holder.mReceivers.begin(), holder.mReceivers.end());
     }
     Thirds thirds;
-    for (const Interface& interface : look.state().mInterfaces) {
-        if (interface.mType == Oxa::eInterfaceInstanceTypeSkeleton && look.serviceOf(interface).mStubs.empty() &&
+    for (const Interface& interface : index.state().mInterfaces) {
+        if (interface.mType == Oxa::eInterfaceInstanceTypeSkeleton && index.serviceOf(interface).mStubs.empty() &&
             interface.mReceivers.empty() && !connected.contains(interface.mId)) {
             thirds.add(interface);
         }
@@ -111,7 +111,7 @@ Thirds unusedSkeletons(const Look& look)
     return thirds;
 }
 
-void find(const Looks& looks, const Rule& rule, Findings& findings)
+void find(const Looks& looks, Report& report)
 {
     const Thirds unused = unusedSkeletons(looks.mNow);
     for (const Interface& interface : looks.mNow.state().mInterfaces) {
@@ -119,23 +119,21 @@ void find(const Looks& looks, const Rule& rule, Findings& findings)
             continue;
         }
         if (const Interface* const skeleton = unused.nearOne(interface.mName)) {
-            add(findings, rule, subjectOf(interface),
-                "skeleton " + std::to_string(skeleton->mId) + " is " + quoted(skeleton->mName) + " in domain " +
-                    quoted(skeleton->mDomain));
+            report.add(subjectOf(interface), "skeleton " + std::to_string(skeleton->mId) + " is " +
+                                                 quoted(skeleton->mName) + " in domain " + quoted(skeleton->mDomain));
         }
     }
 }
 
 } // namespace
 
-extern const Rule cNearMiss;
-const Rule cNearMiss{
+extern const Rule cNearMiss{
     {"near-miss", Severity::eNote,
      "A stub without a provider has a name that is within two edits of that of a skeleton without users, or the same "
      "one in another domain.",
      "One of both is perhaps misspelt.",
-     "Names that differ in a number. Where more than 64 names share a third of their letters, one may be missed."},
-    "Compare both names and domains letter by letter.",
+     "Names that differ in a number. Where more than 64 names share a third of their letters, one may be missed.",
+     "Compare both names and domains letter by letter."},
     find};
 
 } // namespace Inspect

@@ -8,13 +8,14 @@ namespace Inspect {
 namespace {
 
 /// The stubs that are connected to a skeleton of their service, on either side.
-std::set<const Interface*> connectedStubs(const Look& look)
+std::set<const Interface*> connectedStubs(const BusIndex& index)
 {
     std::set<const Interface*> stubs;
-    for (const Interface& holder : look.state().mInterfaces) {
+    for (const Interface& holder : index.state().mInterfaces) {
         for (const std::uint16_t id : holder.mReceivers) {
-            const Interface* const receiver = look.interfaceWithId(id);
-            if (receiver != nullptr && receiver->mType != holder.mType && look.areOfOneService(holder, *receiver)) {
+            const Interface* const receiver = index.interfaceWithId(id);
+            if (receiver != nullptr && receiver->mType != holder.mType &&
+                &index.serviceOf(holder) == &index.serviceOf(*receiver)) {
                 stubs.insert(holder.mType == Oxa::eInterfaceInstanceTypeStub ? &holder : receiver);
             }
         }
@@ -23,13 +24,13 @@ std::set<const Interface*> connectedStubs(const Look& look)
 }
 
 /// Whether both sides are there to be connected.
-bool isComplete(const Look& look, const Interface& stub)
+bool isComplete(const BusIndex& index, const Interface& stub)
 {
-    return isRegistered(stub) && std::ranges::any_of(look.serviceOf(stub).mSkeletons,
+    return isRegistered(stub) && std::ranges::any_of(index.serviceOf(stub).mSkeletons,
                                                      [](const Interface* skeleton) { return isRegistered(*skeleton); });
 }
 
-void find(const Looks& looks, const Rule& rule, Findings& findings)
+void find(const Looks& looks, Report& report)
 {
     if (looks.mBefore == nullptr) {
         return;
@@ -43,24 +44,23 @@ void find(const Looks& looks, const Rule& rule, Findings& findings)
         }
         const Interface* const before = looks.mBefore->sameAs(interface);
         if (before != nullptr && !connectedBefore.contains(before) && isComplete(*looks.mBefore, *before)) {
-            add(findings, rule, subjectOf(interface),
-                "providers: " + std::to_string(looks.mNow.serviceOf(interface).mSkeletons.size()) +
-                    ", none connected; first of them interface " +
-                    std::to_string(looks.mNow.serviceOf(interface).mSkeletons.front()->mId));
+            report.add(subjectOf(interface),
+                       "providers: " + std::to_string(looks.mNow.serviceOf(interface).mSkeletons.size()) +
+                           ", none connected; first of them interface " +
+                           std::to_string(looks.mNow.serviceOf(interface).mSkeletons.front()->mId));
         }
     }
 }
 
 } // namespace
 
-extern const Rule cNotConnected;
-const Rule cNotConnected{
+extern const Rule cNotConnected{
     {"not-connected", Severity::eWarning,
      "A registered stub and a registered skeleton have one interface name and domain, and in neither of two looks a "
      "receiver set connects the stub with any such skeleton.",
      "Both sides are there, and still nothing gets from one to the other.",
-     "Roles may be meant to keep them apart. Only a second look shows it."},
-    "Compare versions and roles of both sides, and look into the logs of the one that came later.",
+     "Roles may be meant to keep them apart. Only a second look shows it.",
+     "Compare versions and roles of both sides, and look into the logs of the one that came later."},
     find};
 
 } // namespace Inspect

@@ -4,7 +4,7 @@ namespace Inspect {
 
 namespace {
 
-void find(const Looks& looks, const Rule& rule, Findings& findings)
+void find(const Looks& looks, Report& report)
 {
     const MessageStorage& messages = looks.mNow.state().mMessages;
     const std::uint32_t free = messages.mTotals[Channel::eSlotStateFree];
@@ -13,18 +13,17 @@ void find(const Looks& looks, const Rule& rule, Findings& findings)
     }
     const bool isError =
         free == 0 && looks.mBefore != nullptr && looks.mBefore->state().mMessages.mTotals[Channel::eSlotStateFree] == 0;
-    add(findings, rule, isError ? Severity::eError : Severity::eWarning, {},
-        std::to_string(free) + " of " + std::to_string(messages.mSize) + " message slots are free");
+    report.add(isError ? Severity::eError : Severity::eWarning, {},
+               std::to_string(free) + " of " + std::to_string(messages.mSize) + " message slots are free");
 }
 
 } // namespace
 
-extern const Rule cSlotsLow;
-const Rule cSlotsLow{
+extern const Rule cSlotsLow{
     {"slots-low", Severity::eError,
      "Fewer than a tenth of the message slots are free: a warning; an error when there is none in two looks.",
-     "Whoever wants to send finds no slot.", "A short burst, in one look."},
-    "Find out whose messages fill the storage: zunic_inspect list messages -o SENDER,NAME,STATE.",
+     "Whoever wants to send finds no slot.", "A short burst, in one look.",
+     "Find out whose messages fill the storage: zunic_inspect list messages -o SENDER,NAME,STATE."},
     find};
 
 } // namespace Inspect

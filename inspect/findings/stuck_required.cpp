@@ -9,7 +9,7 @@ bool isRequired(const Interface& interface)
     return interface.mState == oxa_zunic_registration_state_preregistered;
 }
 
-void find(const Looks& looks, const Rule& rule, Findings& findings)
+void find(const Looks& looks, Report& report)
 {
     if (looks.mBefore == nullptr) {
         return;
@@ -20,19 +20,18 @@ void find(const Looks& looks, const Rule& rule, Findings& findings)
         }
         const Interface* const before = looks.mBefore->sameAs(interface);
         if (before != nullptr && isRequired(*before)) {
-            add(findings, rule, subjectOf(interface), "preregistered in both looks");
+            report.add(subjectOf(interface), "preregistered in both looks");
         }
     }
 }
 
 } // namespace
 
-extern const Rule cStuckRequired;
-const Rule cStuckRequired{
+extern const Rule cStuckRequired{
     {"stuck-required", Severity::eWarning, "An interface is preregistered in two looks.",
      "Somebody waits for it, and it does not come.",
-     "A provider that takes longer to start than the time between the looks. Only a second look shows it."},
-    "Find out what keeps its process from registering it.",
+     "A provider that takes longer to start than the time between the looks. Only a second look shows it.",
+     "Find out what keeps its process from registering it."},
     find};
 
 } // namespace Inspect

@@ -6,13 +6,13 @@ namespace Inspect {
 namespace {
 
 /// What is to be said of whoever keeps the slot; an error unless it may still go on.
-std::pair<Severity, std::string> senderOf(const Look& look, const Slot& slot)
+std::pair<Severity, std::string> senderOf(const BusIndex& index, const Slot& slot)
 {
-    const Interface* const sender = look.interfaceWithId(slot.mSenderId);
+    const Interface* const sender = index.interfaceWithId(slot.mSenderId);
     if (sender == nullptr) {
         return {Severity::eError, "is not in use"};
     }
-    const Communicator* const owner = look.communicatorWithId(sender->mCommunicatorId);
+    const Communicator* const owner = index.ownerOf(*sender);
     if (owner == nullptr) {
         return {Severity::eError, "belongs to nobody"};
     }
@@ -28,30 +28,29 @@ std::pair<Severity, std::string> senderOf(const Look& look, const Slot& slot)
     return {Severity::eWarning, "of " + process + ", which is not to be known of"};
 }
 
-void find(const Looks& looks, const Rule& rule, Findings& findings)
+void find(const Looks& looks, Report& report)
 {
     for (const Slot& slot : looks.mNow.state().mMessages.mSlots) {
         const bool isKept = slot.mState == Channel::eSlotStateReserved || slot.mState == Channel::eSlotStateWritten;
         if (isKept && sameBefore(looks, slot) != nullptr) {
             const auto [severity, sender] = senderOf(looks.mNow, slot);
-            add(findings, rule, severity, {SubjectKind::eSlot, slot.mIndex, {}},
-                slotStateWord(slot.mState) + ", counter " + std::to_string(slot.mWriterCounter) + "; sender " +
-                    std::to_string(slot.mSenderId) + " " + sender);
+            report.add(severity, {SubjectKind::eSlot, slot.mIndex, {}},
+                       slotStateWord(slot.mState) + ", counter " + std::to_string(slot.mWriterCounter) + "; sender " +
+                           std::to_string(slot.mSenderId) + " " + sender);
         }
     }
 }
 
 } // namespace
 
-extern const Rule cStuckSlot;
-const Rule cStuckSlot{
+extern const Rule cStuckSlot{
     {"stuck-slot", Severity::eError,
      "A message slot is reserved or being written for the same sender with the same counter in two looks: a warning; "
      "an "
      "error when the sender's process is dead or its id is not in use.",
      "The slot is lost until somebody frees it.",
-     "A sender that fills a large message for longer than the time between the looks. Only a second look shows it."},
-    "Look at what the sender's process is doing (a debugger, its stack), or why it died.",
+     "A sender that fills a large message for longer than the time between the looks. Only a second look shows it.",
+     "Look at what the sender's process is doing (a debugger, its stack), or why it died."},
     find};
 
 } // namespace Inspect

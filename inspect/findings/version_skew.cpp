@@ -21,7 +21,7 @@ void addPair(const Interface& holder, const Interface& receiver, Users& users)
     }
 }
 
-void find(const Looks& looks, const Rule& rule, Findings& findings)
+void find(const Looks& looks, Report& report)
 {
     Users users;
     for (const Interface& holder : looks.mNow.state().mInterfaces) {
@@ -33,20 +33,19 @@ void find(const Looks& looks, const Rule& rule, Findings& findings)
     }
     for (const auto& [skeleton, stubs] : users) {
         const Interface& stub = **stubs.begin();
-        add(findings, rule, subjectOf(*skeleton),
-            versionWord(skeleton->mVersion) + "; users of another version: " + std::to_string(stubs.size()) +
-                ", first of them interface " + std::to_string(stub.mId) + " of " + versionWord(stub.mVersion));
+        report.add(subjectOf(*skeleton),
+                   versionWord(skeleton->mVersion) + "; users of another version: " + std::to_string(stubs.size()) +
+                       ", first of them interface " + std::to_string(stub.mId) + " of " + versionWord(stub.mVersion));
     }
 }
 
 } // namespace
 
-extern const Rule cVersionSkew;
-const Rule cVersionSkew{{"version-skew", Severity::eWarning,
-                         "A skeleton and a stub that are connected have different versions.",
-                         "They may understand one message in two ways.",
-                         "Versions that are made to work together: those that differ only in the last number, often."},
-                        "Update the older side, or make sure that both versions are compatible.",
-                        find};
+extern const Rule cVersionSkew{
+    {"version-skew", Severity::eWarning, "A skeleton and a stub that are connected have different versions.",
+     "They may understand one message in two ways.",
+     "Versions that are made to work together: those that differ only in the last number, often.",
+     "Update the older side, or make sure that both versions are compatible."},
+    find};
 
 } // namespace Inspect

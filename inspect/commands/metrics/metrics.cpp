@@ -94,15 +94,16 @@ void addOfEachManager(MetricsText& text, const Looks& looks)
 void addFindings(MetricsText& text, const Looks& looks)
 {
     std::map<std::pair<std::string, Severity>, std::size_t> counts;
-    for (const FindingKind& kind : findingKinds()) {
+    for (const FindingKind* const kind : findingKinds()) {
         for (const Severity severity : {Severity::eError, Severity::eWarning, Severity::eNote}) {
-            if (severity <= kind.mSeverity) {
-                counts[{kind.mCode, severity}] = 0;
+            if (severity <= kind->mSeverity) {
+                counts[{kind->mCode, severity}] = 0;
             }
         }
     }
-    for (const Finding& finding : findAll(looks.mNow, looks.mBefore)) {
-        ++counts[{finding.mCode, finding.mSeverity}];
+    const BusIndex before(looks.mBefore != nullptr ? *looks.mBefore : looks.mNow);
+    for (const Finding& finding : findAll(BusIndex(looks.mNow), looks.mBefore != nullptr ? &before : nullptr)) {
+        ++counts[{finding.mKind->mCode, finding.mSeverity}];
     }
     for (const auto& [what, count] : counts) {
         text.add(static_cast<double>(count), {{"code", what.first}, {"severity", severityWord(what.second)}});

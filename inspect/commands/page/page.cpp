@@ -20,7 +20,7 @@ struct PageOptions
 ExitStatus runPage(const PageOptions& options, std::ostream& out)
 {
     const BusState state = readSource(options.mSource, Wanted::everything());
-    const std::vector<Finding> findings = findAll(state);
+    const std::vector<Finding> findings = findAll(BusIndex(state));
     if (options.mFile == "-") {
         writePage(out, state, findings);
     } else {

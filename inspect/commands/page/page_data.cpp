@@ -256,11 +256,12 @@ private:
     {
         mText.raw("[");
         mText.number(static_cast<std::uint64_t>(finding.mSeverity));
-        mText.raw(",\"" + std::string(finding.mCode) + "\",");
+        mText.raw(",\"" + std::string(finding.mKind->mCode) + "\",");
         mText.number(static_cast<std::uint64_t>(finding.mSubject.mKind));
         mText.raw(",");
         mText.number(finding.mSubject.mId);
-        for (const std::string& text : {finding.mSubject.mName, finding.mEvidence, std::string(finding.mAdvice)}) {
+        for (const std::string& text :
+             {finding.mSubject.mName, finding.mEvidence, std::string(finding.mKind->mAdvice)}) {
             mText.raw(",");
             mText.name(text);
         }

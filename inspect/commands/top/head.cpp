@@ -121,7 +121,7 @@ std::string counted(std::size_t number, const char* what)
 std::string findingText(const Finding& finding)
 {
     const Subject& subject = finding.mSubject;
-    std::string text = finding.mCode;
+    std::string text = finding.mKind->mCode;
     text += ": ";
     if (subject.mKind != SubjectKind::eBus) {
         text += labelled(subjectWord(subject.mKind), subject.mId);

@@ -1,48 +1,48 @@
+#include "inspect/findings/contract/compare_contract.h"
+
 #include "inspect/bus/words.h"
-#include "inspect/findings/contract/connected_users.h"
-#include "inspect/findings/contract/contract.h"
 #include "inspect/findings/rule.h"
 
 #include <array>
 #include <fnmatch.h>
-#include <tuple>
 
 namespace Inspect {
 
 namespace {
 
-constexpr std::array cKinds{
-    FindingKind{"contract-missing", Severity::eError, "The contract expects an interface that is not registered.",
-                "What needs it does not work.", "During start-up, whatever has not come yet."},
-    FindingKind{"contract-forbidden", Severity::eError, "An interface is in use that the contract forbids.",
-                "It was left out on purpose: a test interface in the field, for one.", "None is known."},
-    FindingKind{"contract-version", Severity::eError, "An interface is older than the contract expects.",
-                "Users may need what it does not have yet.", "None is known."},
-    FindingKind{"contract-application", Severity::eError,
-                "An interface is provided or used by another application than the contract expects.",
-                "Somebody has taken its place.",
-                "An executable that was renamed. Where the application is not to be known, the finding is a note."},
-    FindingKind{"contract-users", Severity::eError,
-                "Fewer or more registered stubs are connected to an interface than the contract expects.",
-                "Some user has not come, or is there twice.", "During start-up, whoever has not come yet."},
-};
+constexpr FindingKind cMissing{"contract-missing",
+                               Severity::eError,
+                               "The contract expects an interface that is not registered.",
+                               "What needs it does not work.",
+                               "During start-up, whatever has not come yet.",
+                               "Start the process that it should come from, or correct the contract."};
+constexpr FindingKind cForbidden{"contract-forbidden",
+                                 Severity::eError,
+                                 "An interface is in use that the contract forbids.",
+                                 "It was left out on purpose: a test interface in the field, for one.",
+                                 "None is known.",
+                                 "Find out who started that process, or correct the contract."};
+constexpr FindingKind cVersion{"contract-version",
+                               Severity::eError,
+                               "An interface is older than the contract expects.",
+                               "Users may need what it does not have yet.",
+                               "None is known.",
+                               "Update that process, or correct the contract."};
+constexpr FindingKind cApplication{
+    "contract-application",
+    Severity::eError,
+    "An interface is provided or used by another application than the contract expects.",
+    "Somebody has taken its place.",
+    "An executable that was renamed. Where the application is not to be known, the finding is a note.",
+    "Find out what that process is, or correct the contract."};
+constexpr FindingKind cUsers{"contract-users",
+                             Severity::eError,
+                             "Fewer or more registered stubs are connected to an interface than the contract expects.",
+                             "Some user has not come, or is there twice.",
+                             "During start-up, whoever has not come yet.",
+                             "Look for the users with zunic_inspect show, or correct the contract."};
 
-enum Place : std::size_t
-{
-    eMissing,
-    eForbidden,
-    eVersion,
-    eApplication,
-    eUsers
-};
-
-constexpr std::array cAdvices{
-    "Start the process that it should come from, or correct the contract.",
-    "Find out who started that process, or correct the contract.",
-    "Update that process, or correct the contract.",
-    "Find out what that process is, or correct the contract.",
-    "Look for the users with zunic_inspect show, or correct the contract.",
-};
+constexpr std::array cKinds{&cMissing, &cForbidden, &cVersion, &cApplication, &cUsers};
 
 std::string describe(const Expectation& expectation)
 {
@@ -54,28 +54,28 @@ std::string describe(const Expectation& expectation)
 class Comparison
 {
 public:
-    explicit Comparison(const BusState& state) : mState(state), mOwners(state), mConnections(state) {}
+    explicit Comparison(const BusIndex& index) : mIndex(index) {}
 
     void hold(const Expectation& expectation)
     {
         bool isThere = false;
-        for (const Interface& interface : mState.mInterfaces) {
+        for (const Interface& interface : mIndex.state().mInterfaces) {
             if (!isMeant(expectation, interface)) {
                 continue;
             }
             if (expectation.mIsForbidden) {
-                add(eForbidden, subjectOf(interface), "forbidden: " + describe(expectation));
+                add(cForbidden, subjectOf(interface), "forbidden: " + describe(expectation));
             } else if (isRegistered(interface)) {
                 isThere = true;
                 holdInterface(expectation, interface);
             }
         }
         if (!isThere && !expectation.mIsForbidden) {
-            add(eMissing, {SubjectKind::eBus, 0, expectation.mName}, describe(expectation));
+            add(cMissing, {SubjectKind::eBus, 0, expectation.mName}, describe(expectation));
         }
     }
 
-    Findings takeFindings() { return std::move(mFindings); }
+    std::vector<Finding> takeFindings() { return std::move(mFindings); }
 
 private:
     static bool isMeant(const Expectation& expectation, const Interface& interface)
@@ -84,19 +84,18 @@ private:
                interface.mType == expectation.mType && (!expectation.mRole || interface.mRole == *expectation.mRole);
     }
 
-    void add(Place kind, Subject subject, std::string evidence, Severity severity = Severity::eError)
+    void add(const FindingKind& kind, Subject subject, std::string evidence, Severity severity = Severity::eError)
     {
-        mFindings.push_back(
-            {cKinds.at(kind).mCode, severity, std::move(subject), std::move(evidence), cAdvices.at(kind)});
+        mFindings.push_back({&kind, severity, std::move(subject), std::move(evidence)});
     }
 
     void holdInterface(const Expectation& expectation, const Interface& interface)
     {
         holdVersion(expectation, interface);
         holdApplication(expectation, interface);
-        const std::uint32_t users = countUsers(interface, mConnections);
+        const std::size_t users = mIndex.connectedStubs(interface);
         if (users < expectation.mLeastUsers.value_or(0) || users > expectation.mMostUsers.value_or(users)) {
-            add(eUsers, subjectOf(interface),
+            add(cUsers, subjectOf(interface),
                 "users: " + std::to_string(users) +
                     (expectation.mLeastUsers ? ", at least " + std::to_string(*expectation.mLeastUsers) : "") +
                     (expectation.mMostUsers ? ", at most " + std::to_string(*expectation.mMostUsers) : "") +
@@ -106,11 +105,8 @@ private:
 
     void holdVersion(const Expectation& expectation, const Interface& interface)
     {
-        const auto key = [](const Oxa::Version& version) {
-            return std::tuple(version.mMajor, version.mMinor, version.mRevision);
-        };
-        if (expectation.mLeastVersion && key(interface.mVersion) < key(*expectation.mLeastVersion)) {
-            add(eVersion, subjectOf(interface),
+        if (expectation.mLeastVersion && isOlder(interface.mVersion, *expectation.mLeastVersion)) {
+            add(cVersion, subjectOf(interface),
                 versionWord(interface.mVersion) + ", at least " + versionWord(*expectation.mLeastVersion) +
                     " expected");
         }
@@ -121,33 +117,31 @@ private:
         if (!expectation.mApplication) {
             return;
         }
-        const Communicator* const owner = mOwners.of(interface);
+        const Communicator* const owner = mIndex.ownerOf(interface);
         const std::string expected = "; expected " + quoted(*expectation.mApplication);
         if (owner == nullptr || !owner->mProcess.mApplication) {
-            add(eApplication, subjectOf(interface), "not to be known" + expected, Severity::eNote);
+            add(cApplication, subjectOf(interface), "not to be known" + expected, Severity::eNote);
         } else if (fnmatch(expectation.mApplication->c_str(), owner->mProcess.mApplication->c_str(), 0) != 0) {
-            add(eApplication, subjectOf(interface), quoted(*owner->mProcess.mApplication) + expected);
+            add(cApplication, subjectOf(interface), quoted(*owner->mProcess.mApplication) + expected);
         }
     }
 
-    const BusState& mState;
-    Owners mOwners;
-    Connections mConnections;
-    Findings mFindings;
+    const BusIndex& mIndex;
+    std::vector<Finding> mFindings;
 };
 
 } // namespace
 
-std::vector<Finding> compareWithContract(const Contract& contract, const BusState& state)
+std::vector<Finding> compareWithContract(const Contract& contract, const BusIndex& index)
 {
-    Comparison comparison(state);
+    Comparison comparison(index);
     for (const Expectation& expectation : contract) {
         comparison.hold(expectation);
     }
     return comparison.takeFindings();
 }
 
-std::span<const FindingKind> contractKinds()
+std::span<const FindingKind* const> contractKinds()
 {
     return cKinds;
 }

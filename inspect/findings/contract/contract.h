@@ -1,12 +1,12 @@
 #ifndef INSPECT_FINDINGS_CONTRACT_CONTRACT_H
 #define INSPECT_FINDINGS_CONTRACT_CONTRACT_H
 
-#include "inspect/findings/finding.h"
+#include "inspect/bus/bus_state.h"
 
 #include <istream>
 #include <optional>
-#include <ostream>
-#include <span>
+#include <string>
+#include <vector>
 
 // Which interfaces have to be on a bus, and which must not: a JSON file, as docs/bus_contract.schema.json tells it.
 
@@ -30,19 +30,11 @@ struct Expectation
 
 using Contract = std::vector<Expectation>;
 
+bool isOlder(const Oxa::Version& one, const Oxa::Version& other);
+
 /// Throws NoState, with line and place, when the text is no contract. What it does not know is a mistake: it would not
 /// be held to.
 Contract readContract(std::istream& in);
-
-/// A first contract, from a bus that works: every registered interface is expected as it is, or newer, with no fewer
-/// users.
-void writeContract(std::ostream& out, const BusState& state);
-
-/// What of the contract is not kept, in its order.
-std::vector<Finding> compareWithContract(const Contract& contract, const BusState& state);
-
-/// The kinds of these findings.
-std::span<const FindingKind> contractKinds();
 
 } // namespace Inspect
 

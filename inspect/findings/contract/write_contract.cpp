@@ -1,6 +1,8 @@
+#include "inspect/findings/contract/write_contract.h"
+
 #include "inspect/bus/words.h"
-#include "inspect/findings/contract/connected_users.h"
 #include "inspect/findings/contract/contract.h"
+#include "inspect/findings/rule.h"
 #include "inspect/saved/record_json.h"
 
 #include <algorithm>
@@ -19,13 +21,8 @@ struct Kept
 {
     Oxa::Version mLeastVersion;
     std::optional<std::string> mApplication; ///< none when they belong to several, or it is not to be known
-    std::uint32_t mLeastUsers;
+    std::size_t mLeastUsers;
 };
-
-bool isOlder(const Oxa::Version& one, const Oxa::Version& other)
-{
-    return std::tie(one.mMajor, one.mMinor, one.mRevision) < std::tie(other.mMajor, other.mMinor, other.mRevision);
-}
 
 /// What stands for itself in a shell pattern.
 std::string escapedPattern(const std::string& name)
@@ -40,19 +37,16 @@ std::string escapedPattern(const std::string& name)
     return pattern;
 }
 
-std::map<Identity, Kept> whatIsKept(const BusState& state)
+std::map<Identity, Kept> whatIsKept(const BusIndex& index)
 {
-    const Owners owners(state);
-    const Connections connections(state);
     std::map<Identity, Kept> all;
-    for (const Interface& interface : state.mInterfaces) {
-        if (interface.mState != oxa_zunic_registration_state_registered ||
-            !numberFor(cTypeWords, typeWord(interface.mType))) {
+    for (const Interface& interface : index.state().mInterfaces) {
+        if (!isRegistered(interface) || !numberFor(cTypeWords, typeWord(interface.mType))) {
             continue;
         }
-        const Communicator* const owner = owners.of(interface);
+        const Communicator* const owner = index.ownerOf(interface);
         const auto application = owner == nullptr ? std::nullopt : owner->mProcess.mApplication;
-        const std::uint32_t users = countUsers(interface, connections);
+        const std::size_t users = index.connectedStubs(interface);
         const auto [place, isNew] =
             all.try_emplace({interface.mName, interface.mRole, interface.mDomain, interface.mType},
                             Kept{interface.mVersion, application, users});
@@ -66,28 +60,45 @@ std::map<Identity, Kept> whatIsKept(const BusState& state)
     return all;
 }
 
+Json toJson(const Identity& identity, const Kept& kept)
+{
+    const auto& [name, role, domain, type] = identity;
+    const Oxa::Version& version = kept.mLeastVersion;
+    Json json{{"name", nameToJson(std::string(name))},
+              {"role", nameToJson(std::string(role))},
+              {"domain", nameToJson(std::string(domain))},
+              {"type", typeWord(type)},
+              {"version", {version.mMajor, version.mMinor, version.mRevision}}};
+    if (kept.mApplication) {
+        json["application"] = nameToJson(escapedPattern(*kept.mApplication));
+    }
+    if (type == Oxa::eInterfaceInstanceTypeSkeleton && kept.mLeastUsers > 0) {
+        json["users"] = {{"at_least", kept.mLeastUsers}};
+    }
+    return json;
+}
+
+/// A record as it stands in the array, two levels deep.
+std::string indented(const Json& record)
+{
+    std::string text;
+    for (const char character : record.dump(2)) {
+        text += character == '\n' ? std::string("\n    ") : std::string(1, character);
+    }
+    return text;
+}
+
 } // namespace
 
-void writeContract(std::ostream& out, const BusState& state)
+void writeContract(std::ostream& out, const BusIndex& index)
 {
-    Json interfaces = Json::array();
-    for (const auto& [identity, kept] : whatIsKept(state)) {
-        const auto& [name, role, domain, type] = identity;
-        const Oxa::Version& version = kept.mLeastVersion;
-        Json json{{"name", nameToJson(std::string(name))},
-                  {"role", nameToJson(std::string(role))},
-                  {"domain", nameToJson(std::string(domain))},
-                  {"type", typeWord(type)},
-                  {"version", {version.mMajor, version.mMinor, version.mRevision}}};
-        if (kept.mApplication) {
-            json["application"] = nameToJson(escapedPattern(*kept.mApplication));
-        }
-        if (type == Oxa::eInterfaceInstanceTypeSkeleton && kept.mLeastUsers > 0) {
-            json["users"] = {{"at_least", kept.mLeastUsers}};
-        }
-        interfaces.push_back(std::move(json));
+    out << "{\n  \"schema\": " << Json(cContractSchema) << ",\n  \"interfaces\": [";
+    const char* separator = "\n    ";
+    for (const auto& [identity, kept] : whatIsKept(index)) {
+        out << separator << indented(toJson(identity, kept));
+        separator = ",\n    ";
     }
-    out << Json{{"schema", cContractSchema}, {"interfaces", std::move(interfaces)}}.dump(2) << '\n';
+    out << (*separator == ',' ? "\n  ]\n}\n" : "]\n}\n");
 }
 
 } // namespace Inspect
