@@ -1,4 +1,5 @@
 #include "inspect/findings/contract/compare_contract.h"
+#include "inspect/findings/contract/write_contract.h"
 #include "inspect/findings/findings.h"
 #include "inspect/live/take_state.h"
 #include "inspect/saved/state_json.h"
@@ -332,6 +333,83 @@ TEST(Contract, EachBreachIsTold)
                                       R"(, "type": "any")", R"(, "forbidden": 1)", ", "}) {
         EXPECT_THROW(contractOf(mistake), NoState) << mistake;
     }
+}
+
+TEST(Contract, WrittenOfABusExpectsTheLeastOfWhatSharesAnIdentity)
+{
+    BusState state = healthy();
+    const auto written = [&state] {
+        std::ostringstream text;
+        writeContract(text, BusIndex(state));
+        return text.str();
+    };
+    state.mInterfaces[0].mName = "Clo\xff";
+    state.mInterfaces[1].mName = "A";
+    state.mCommunicators[0].mProcess.mApplication = "[c]*\\d?";
+    state.mInterfaces.push_back(state.mInterfaces[0]);
+    state.mInterfaces[2].mId = 3;
+    state.mInterfaces[2].mVersion = {1, 2, 2};
+    state.mInterfaces[2].mReceivers = {};
+    state.mInterfaces.push_back(state.mInterfaces[1]);
+    state.mInterfaces[3].mId = 4;
+    state.mInterfaces[3].mReceivers = {1, 3};
+    state.mInterfaces[3].mVersion = {1, 3, 0};
+    state.mInterfaces[3].mCommunicatorId = Channel::cNoCommunicator;
+    state.mInterfaces.push_back(interface(5, 77)); // Of no type.
+    EXPECT_EQ(written(), R"({
+  "schema": "zunic-bus-contract/1",
+  "interfaces": [
+    {
+      "name": "A",
+      "role": "User",
+      "domain": "local",
+      "type": "stub",
+      "version": [
+        1,
+        2,
+        3
+      ]
+    },
+    {
+      "name": [
+        67,
+        108,
+        111,
+        255
+      ],
+      "role": "Provider",
+      "domain": "local",
+      "type": "skeleton",
+      "version": [
+        1,
+        2,
+        2
+      ],
+      "application": "\\[c]\\*\\\\d\\?",
+      "users": {
+        "at_least": 1
+      }
+    }
+  ]
+}
+)");
+    state.mInterfaces.clear();
+    EXPECT_EQ(written(), "{\n  \"schema\": \"zunic-bus-contract/1\",\n  \"interfaces\": []\n}\n");
+}
+
+TEST(Contract, MakesAMissingProviderAnError)
+{
+    BusState state = healthy();
+    state.mInterfaces[1].mName = "Teapot";
+    const BusIndex index(state);
+    std::vector<Finding> findings = findAll(index);
+    ASSERT_EQ(findings.size(), 1);
+    EXPECT_EQ(findings[0].mSeverity, Severity::eWarning);
+    addBreaches(contractOf(R"(, "version": [1, 3, 0])"), index, findings);
+    ASSERT_EQ(findings.size(), 2);
+    EXPECT_EQ(findings[0].mKind, findingKind("contract-version"));
+    EXPECT_EQ(findings[1].mKind, findingKind("no-provider"));
+    EXPECT_EQ(findings[1].mSeverity, Severity::eError);
 }
 
 TEST(Contract, OfABusIsKeptByItAndBrokenByAnother)

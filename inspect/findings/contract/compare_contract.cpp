@@ -50,13 +50,13 @@ std::string describe(const Expectation& expectation)
            " in domain " + quoted(expectation.mDomain);
 }
 
-/// Holds a bus against one expectation after the other.
+/// Checks a bus against one expectation after the other.
 class Comparison
 {
 public:
     explicit Comparison(const BusIndex& index) : mIndex(index) {}
 
-    void hold(const Expectation& expectation)
+    void check(const Expectation& expectation)
     {
         bool isThere = false;
         for (const Interface& interface : mIndex.state().mInterfaces) {
@@ -67,7 +67,7 @@ public:
                 add(cForbidden, subjectOf(interface), "forbidden: " + describe(expectation));
             } else if (isRegistered(interface)) {
                 isThere = true;
-                holdInterface(expectation, interface);
+                checkInterface(expectation, interface);
             }
         }
         if (!isThere && !expectation.mIsForbidden) {
@@ -89,10 +89,10 @@ private:
         mFindings.push_back({&kind, severity, std::move(subject), std::move(evidence)});
     }
 
-    void holdInterface(const Expectation& expectation, const Interface& interface)
+    void checkInterface(const Expectation& expectation, const Interface& interface)
     {
-        holdVersion(expectation, interface);
-        holdApplication(expectation, interface);
+        checkVersion(expectation, interface);
+        checkApplication(expectation, interface);
         const std::size_t users = mIndex.connectedStubs(interface);
         if (users < expectation.mLeastUsers.value_or(0) || users > expectation.mMostUsers.value_or(users)) {
             add(cUsers, subjectOf(interface),
@@ -103,7 +103,7 @@ private:
         }
     }
 
-    void holdVersion(const Expectation& expectation, const Interface& interface)
+    void checkVersion(const Expectation& expectation, const Interface& interface)
     {
         if (expectation.mLeastVersion && isOlder(interface.mVersion, *expectation.mLeastVersion)) {
             add(cVersion, subjectOf(interface),
@@ -112,7 +112,7 @@ private:
         }
     }
 
-    void holdApplication(const Expectation& expectation, const Interface& interface)
+    void checkApplication(const Expectation& expectation, const Interface& interface)
     {
         if (!expectation.mApplication) {
             return;
@@ -136,7 +136,7 @@ std::vector<Finding> compareWithContract(const Contract& contract, const BusInde
 {
     Comparison comparison(index);
     for (const Expectation& expectation : contract) {
-        comparison.hold(expectation);
+        comparison.check(expectation);
     }
     return comparison.takeFindings();
 }

@@ -81,9 +81,9 @@ Json toJson(const Identity& identity, const Kept& kept)
 /// A record as it stands in the array, two levels deep.
 std::string indented(const Json& record)
 {
-    std::string text;
-    for (const char character : record.dump(2)) {
-        text += character == '\n' ? std::string("\n    ") : std::string(1, character);
+    std::string text = record.dump(2);
+    for (std::size_t end = text.find('\n'); end != std::string::npos; end = text.find('\n', end + 1)) {
+        text.insert(end + 1, "    ");
     }
     return text;
 }
