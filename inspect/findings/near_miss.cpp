@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <map>
-#include <set>
 #include <string_view>
 #include <tuple>
 
@@ -97,14 +96,10 @@ private:
 /// Skeletons that no stub of their name and domain is there for, and that nothing is connected to.
 Thirds unusedSkeletons(const BusIndex& index)
 {
-    std::set<std::uint16_t> connected;
-    for (const Interface& holder : index.state().mInterfaces) {
-        connected.insert(holder.mReceivers.begin(), holder.mReceivers.end());
-    }
     Thirds thirds;
     for (const Interface& interface : index.state().mInterfaces) {
         if (interface.mType == Oxa::eInterfaceInstanceTypeSkeleton && index.serviceOf(interface).mStubs.empty() &&
-            interface.mReceivers.empty() && !connected.contains(interface.mId)) {
+            interface.mReceivers.empty() && index.holdersOf(interface.mId).empty()) {
             thirds.add(interface);
         }
     }
