@@ -20,8 +20,8 @@ namespace {
 
 struct Looks
 {
-    const BusState& mNow;
-    const BusState* mBefore; ///< null when there is one look only
+    const BusIndex& mNow;
+    const BusIndex* mBefore; ///< null when there is one look only
 };
 
 struct Metric
@@ -46,7 +46,7 @@ void addInterfaces(MetricsText& text, const Looks& looks)
             counts[{type, state}] = 0; // Nothing can be said about a series that comes and goes.
         }
     }
-    for (const Interface& interface : looks.mNow.mInterfaces) {
+    for (const Interface& interface : looks.mNow.state().mInterfaces) {
         ++counts[{wordOrOther(cTypeWords, interface.mType), wordOrOther(cStateWords, interface.mState)}];
     }
     for (const auto& [words, count] : counts) {
@@ -56,36 +56,36 @@ void addInterfaces(MetricsText& text, const Looks& looks)
 
 void addLinks(MetricsText& text, const Looks& looks)
 {
-    text.add(static_cast<double>(BusIndex(looks.mNow).totals().mLinks));
+    text.add(static_cast<double>(looks.mNow.totals().mLinks));
 }
 
 void addCommunicators(MetricsText& text, const Looks& looks)
 {
-    text.add(static_cast<double>(looks.mNow.mCommunicators.size()));
+    text.add(static_cast<double>(looks.mNow.state().mCommunicators.size()));
 }
 
 void addDeadProcesses(MetricsText& text, const Looks& looks)
 {
-    text.add(static_cast<double>(BusIndex(looks.mNow).totals().mDeadProcesses));
+    text.add(static_cast<double>(looks.mNow.totals().mDeadProcesses));
 }
 
 void addSlots(MetricsText& text, const Looks& looks)
 {
     for (const auto& [state, word] : cSlotStateWords) {
-        text.add(looks.mNow.mMessages.mTotals.at(state), {{"state", word}});
+        text.add(looks.mNow.state().mMessages.mTotals.at(state), {{"state", word}});
     }
 }
 
 void addWriterCounter(MetricsText& text, const Looks& looks)
 {
-    text.add(looks.mNow.mMessages.mWriterCounter);
+    text.add(looks.mNow.state().mMessages.mWriterCounter);
 }
 
 template <std::uint64_t Channel::MemoryManagerFigures::*figure>
 void addOfEachManager(MetricsText& text, const Looks& looks)
 {
     std::size_t index = 0;
-    for (const Channel::MemoryManagerFigures& figures : looks.mNow.mMemoryManagers) {
+    for (const Channel::MemoryManagerFigures& figures : looks.mNow.state().mMemoryManagers) {
         text.add(static_cast<double>(figures.*figure), {{"manager", std::to_string(index++)}});
     }
 }
@@ -101,8 +101,7 @@ void addFindings(MetricsText& text, const Looks& looks)
             }
         }
     }
-    const BusIndex before(looks.mBefore != nullptr ? *looks.mBefore : looks.mNow);
-    for (const Finding& finding : findAll(BusIndex(looks.mNow), looks.mBefore != nullptr ? &before : nullptr)) {
+    for (const Finding& finding : findAll(looks.mNow, looks.mBefore)) {
         ++counts[{finding.mKind->mCode, finding.mSeverity}];
     }
     for (const auto& [what, count] : counts) {
@@ -112,12 +111,12 @@ void addFindings(MetricsText& text, const Looks& looks)
 
 void addMutexHeld(MetricsText& text, const Looks& looks)
 {
-    text.add(looks.mNow.mMutexHeld);
+    text.add(looks.mNow.state().mMutexHeld);
 }
 
 void addTaken(MetricsText& text, const Looks& looks)
 {
-    text.add(looks.mNow.mTakenAt.time_since_epoch());
+    text.add(looks.mNow.state().mTakenAt.time_since_epoch());
 }
 
 constexpr Metric cTaken{"zunic_taken_timestamp_seconds", "When the bus was looked at, since 1970 in UTC.", addTaken};
@@ -179,10 +178,12 @@ Run addMetricsOptions(CLI::App& part)
 
 void writeMetrics(std::ostream& out, const BusState& now, const BusState* before)
 {
+    const BusIndex index(now);
+    const BusIndex indexBefore(before != nullptr ? *before : now);
     MetricsText text(out, now.mChannel);
     beginWithUp(text, true);
     for (const Metric& metric : cMetrics) {
-        add(text, metric, {now, before});
+        add(text, metric, {index, before != nullptr ? &indexBefore : nullptr});
     }
     text.end();
 }
@@ -193,7 +194,7 @@ void writeNoBus(std::ostream& out, const std::string& channel, WallTime time)
     none.mTakenAt = time;
     MetricsText text(out, channel);
     beginWithUp(text, false);
-    add(text, cTaken, {none, nullptr});
+    add(text, cTaken, {BusIndex(none), nullptr});
     text.end();
 }
 
