@@ -30,12 +30,12 @@ function recordsOf(table) {
   });
 }
 
-function add(map, key, value) {
-  if (map.has(key)) {
-    map.get(key).push(value);
-  } else {
-    map.set(key, [value]);
+// Adds a value to the list of a key.
+export function addTo(map, key, value) {
+  if (!map.has(key)) {
+    map.set(key, []);
   }
+  map.get(key).push(value);
 }
 
 // Receiver sets are runs: the first and the last id of each, one after the other. Most messages of a sender have the
@@ -148,8 +148,8 @@ export function withId(id) {
 
 export const interfaces = recordsOf(data.interfaces).map((record, place) => {
   const face = new Interface(place, record);
-  add(interfacesById, face.id, face);
-  face.receivers.ids.forEach(id => add(providersByUser, id, face));
+  addTo(interfacesById, face.id, face);
+  face.receivers.ids.forEach(id => addTo(providersByUser, id, face));
   if (face.process) {
     face.process.interfaces.push(face);
   }

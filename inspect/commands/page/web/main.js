@@ -3,7 +3,7 @@
 import {
   currentAddress, inItsView, link, ofView, readAddress, VIEWS, writeAddressSoon, writePendingAddress
 } from './address.js';
-import { bus, findings, interfaces, linkCount, processes, slots, storageSize, thingAt } from './bus.js';
+import { addTo, bus, findings, interfaces, linkCount, processes, slots, storageSize, thingAt } from './bus.js';
 import { showDetails, titleOf } from './details.js';
 import { badge, byId, countText, html, nameElement, numberText } from './drawing.js';
 import { showNeighbourhood } from './neighbourhood.js';
@@ -63,10 +63,7 @@ function kindItems(some) {
 
 function showFindings() {
   const kinds = new Map();
-  findings.forEach(finding => {
-    const kind = `${finding.severity} ${finding.code}`;
-    (kinds.get(kind) || kinds.set(kind, []).get(kind)).push(finding);
-  });
+  findings.forEach(finding => addTo(kinds, `${finding.severity} ${finding.code}`, finding));
   byId('findings-title').textContent = findings.length === 0 ? 'No findings' : countText(findings.length, 'finding');
   byId('findings').querySelector('ul').append(...[].concat(...Array.from(kinds.values(), kindItems)));
 }

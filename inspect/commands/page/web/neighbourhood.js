@@ -2,6 +2,7 @@
 // the box of its process. Arrows lead from user to provider. Where there are very many, processes stand for them.
 
 import { link, ofFilter, ofThing } from './address.js';
+import { addTo } from './bus.js';
 import { countText, html, svg, textWidth } from './drawing.js';
 
 const MOST_SINGLE = 12; // on a side; more are grouped by process
@@ -139,7 +140,7 @@ class Box {
 // Interfaces of one process together, in the order in which the processes come up first.
 function byProcess(faces) {
   const groups = new Map();
-  faces.forEach(face => groups.set(face.process, (groups.get(face.process) || []).concat(face)));
+  faces.forEach(face => addTo(groups, face.process, face));
   return Array.from(groups);
 }
 
