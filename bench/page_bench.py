@@ -126,7 +126,7 @@ def measure_browsing(browser, page):
     print_times("a letter, interfaces", times(letters("zone12 consumer")), "at most 50")
     print_times("choosing an interface", times([("go", f"view=interfaces&at=interface:{i}") for i in range(0, 1024, 20)]),
                 "at most 50")
-    pid = browser.execute_script("return Bus.processes[0].pid")
+    pid = browser.execute_script("return JSON.parse(document.getElementById('data').textContent).communicators.pid[0]")
     print_times("choosing the process of all", times([("go", "view=processes"), ("go", f"view=processes&at=process:{pid}")] * 10)[1::2],
                 "")
     print_times("opening the messages", times([("go", "view=messages"), ("go", "view=interfaces")] * 5)[::2], "")

@@ -1,5 +1,7 @@
 # Makes C++ of the page: cmake -D WEB=FOLDER -D "SCRIPTS=a.js;b.js" -D OUTPUT=FILE -P embed_page.cmake
 # page.html says where its style, its script, their hashes (which the page's own policy names) and the data belong.
+# The scripts become one module, in the order given: a script comes after those that it imports. They share one scope,
+# so a top-level name is used by one script only; a browser rejects a page where two declare it.
 
 # The SHA-256 of a text as a content security policy writes it: in base64.
 function(policy_hash text result)
@@ -27,9 +29,11 @@ endfunction()
 
 file(READ ${WEB}/page.html page)
 file(READ ${WEB}/page.css style)
-set(script "'use strict';\n")
+set(script "")
 foreach(name IN LISTS SCRIPTS)
   file(READ ${WEB}/${name} part)
+  string(REGEX REPLACE "(^|\n)import [^;]*;" "" part "${part}")
+  string(REGEX REPLACE "(^|\n)export " "\\1" part "${part}")
   string(APPEND script "${part}")
 endforeach()
 

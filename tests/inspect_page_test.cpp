@@ -16,6 +16,7 @@ TEST(PageData, OfNonsenseIsJsonThatCannotEndItsElement)
     state.mInterfaces.resize(3);
     state.mInterfaces[0].mName = "\xFF<";
     state.mInterfaces[0].mType = 4294967295;
+    state.mInterfaces[1].mType = Oxa::eInterfaceInstanceTypeStub;
     state.mInterfaces[0].mReceivers = {0, 1, 2, 7, 65534, 65535};
     state.mInterfaces[0].mFunctions = {"\"", "\\"};
     state.mInterfaces[2].mReceivers = state.mInterfaces[0].mReceivers;
@@ -29,17 +30,20 @@ TEST(PageData, OfNonsenseIsJsonThatCannotEndItsElement)
     const std::string text = pageData(state, {finding});
     EXPECT_TRUE(std::ranges::all_of(text, [](char c) { return c == '\n' || (c >= ' ' && c <= '~' && c != '<'); }));
     const Json data = Json::parse(text);
-    EXPECT_EQ(data["channel"], state.mChannel);
-    EXPECT_EQ(data["interfaces"][0][1], Json({255, 60}));
-    EXPECT_EQ(data["interfaces"][0][4], "4294967295");
-    EXPECT_EQ(data["interfaces"][0][8], Json({"\"", "\\"}));
-    EXPECT_TRUE(data["interfaces"][1][8].is_null());
-    EXPECT_EQ(data["interfaces"][2][7][3], data["interfaces"][0][7][3]);
-    EXPECT_EQ(data["sets"], Json::parse("[[0,2,7,7,65534,65535],[]]"));
-    EXPECT_EQ(data["memory"], Json::parse(R"([["18446744073709551615",1,2,3,4]])"));
-    EXPECT_EQ(data["chains"], Json::parse(R"([[1,"loop",9,9,8]])"));
-    EXPECT_EQ(data["externals"], Json::parse("[[1,5,6]]"));
-    EXPECT_EQ(data["findings"], Json::parse(R"([[2,"full",5,7,"<","\n","Look."]])"));
+    EXPECT_EQ(data["state"]["channel"], state.mChannel);
+    const Json& interfaces = data["interfaces"];
+    EXPECT_EQ(interfaces["name"], Json({{255, 60}, "", ""}));
+    EXPECT_EQ(interfaces["type"]["words"], Json::parse(R"({"1":"stub","2":"skeleton"})"));
+    EXPECT_EQ(interfaces["type"]["values"], Json({4294967295, 1, 0}));
+    EXPECT_EQ(interfaces["functions"], Json({{"\"", "\\"}, nullptr, nullptr}));
+    EXPECT_EQ(interfaces["receivers"], Json({0, 1, 0}));
+    EXPECT_EQ(data["receiver_sets"], Json::parse("[[0,2,7,7,65534,65535],[]]"));
+    EXPECT_EQ(data["memory_managers"]["block_size"], Json({"18446744073709551615"}));
+    EXPECT_EQ(data["slots"]["receivers"], Json({1, 1}));
+    EXPECT_EQ(data["slots"]["chain"],
+              Json::parse(R"({"rows":[1],"values":[{"entries":[9,8],"end":"loop","next_index":9}]})"));
+    EXPECT_EQ(data["slots"]["external"], Json::parse(R"({"rows":[1],"values":[[5,6]]})"));
+    EXPECT_EQ(data["findings"], Json::array({toJson(finding)}));
     EXPECT_TRUE(cPageBeforeData.ends_with("json\">") && cPageAfterData.starts_with("</script>"));
 }
 

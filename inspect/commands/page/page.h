@@ -11,8 +11,8 @@ namespace Inspect {
 
 extern const Command cPageCommand;
 
-/// Writes one HTML page that shows the state and what is wrong with it, and needs nothing beside it. The stream tells
-/// of failures.
+/// Writes one HTML page that shows the state and the findings, and needs no other file.
+/// The stream reports failures.
 void writePage(std::ostream& out, const BusState& state, const std::vector<Finding>& findings);
 
 } // namespace Inspect

@@ -1,70 +1,22 @@
 #include "inspect/commands/page/page_data.h"
 
-#include "inspect/bus/words.h"
+#include "inspect/bus/fields.h"
 #include "inspect/saved/record_json.h"
 
 #include <charconv>
+#include <functional>
 #include <nlohmann/json.hpp>
+#include <ranges>
 #include <unordered_map>
 
 namespace Inspect {
 
 namespace {
 
-constexpr std::uint64_t cMostExact = std::uint64_t{1} << 53; ///< as far as JavaScript's numbers count
+constexpr std::uint64_t cMostExact = std::uint64_t{1} << 53; ///< the largest number that is exact in JavaScript
 
-/// Makes JSON without a tree of values in memory: there may be sixty thousand slots.
-class Text
-{
-public:
-    void raw(std::string_view text) { mText += text; }
-
-    void number(std::uint64_t number)
-    {
-        if (number > cMostExact) {
-            mText += '"' + std::to_string(number) + '"';
-            return;
-        }
-        char digits[20];
-        mText.append(digits, std::to_chars(digits, digits + sizeof digits, number).ptr);
-    }
-
-    /// Of any bytes.
-    void name(const std::string& bytes)
-    {
-        for (const char character : nameToJson(bytes).dump(-1, ' ', true)) {
-            if (character == '<') {
-                mText += "\\u003c";
-            } else {
-                mText += character;
-            }
-        }
-    }
-
-    /// `[`, what `write` makes of each element, and `]`.
-    template <typename Elements, typename Write>
-    void array(const Elements& elements, Write write)
-    {
-        mText += '[';
-        const char* separator = "";
-        for (const auto& element : elements) {
-            mText += separator;
-            write(element);
-            separator = ",";
-        }
-        mText += ']';
-    }
-
-    void numbers(std::initializer_list<std::uint64_t> elements)
-    {
-        array(elements, [this](std::uint64_t element) { number(element); });
-    }
-
-    std::string take() { return std::move(mText); }
-
-private:
-    std::string mText;
-};
+template <typename Value>
+concept Numeric = std::is_integral_v<Value> || std::is_enum_v<Value>;
 
 /// The receiver sets, each once: most messages of a sender have the same.
 class ReceiverSets
@@ -80,18 +32,13 @@ public:
         return entry->second;
     }
 
-    /// As runs: the first and the last id of each.
-    void write(Text& text) const
-    {
-        text.array(mSets,
-                   [&](const IdSet* ids) { text.array(runsOf(*ids), [&](std::uint16_t id) { text.number(id); }); });
-    }
+    const std::vector<const IdSet*>& sets() const { return mSets; }
 
-private:
-    static IdSet runsOf(const IdSet& ids)
+    /// The first and the last id of each run.
+    static std::vector<std::uint32_t> runsOf(const IdSet* ids)
     {
-        IdSet runs;
-        for (const std::uint16_t id : ids) {
+        std::vector<std::uint32_t> runs;
+        for (const std::uint16_t id : *ids) {
             if (!runs.empty() && runs.back() + 1 == id) {
                 runs.back() = id;
             } else {
@@ -101,184 +48,200 @@ private:
         return runs;
     }
 
+private:
     std::unordered_map<std::string_view, std::size_t> mPlaces; ///< by the bytes of the ids
     std::vector<const IdSet*> mSets;
 };
 
+/// Makes the text without a tree of values in memory: there may be sixty thousand slots.
 class Writer
 {
 public:
-    Writer(const BusState& state, const std::vector<Finding>& findings) : mState(state), mFindings(findings) {}
-
-    std::string write()
+    std::string write(const BusState& state, const std::vector<Finding>& findings)
     {
-        writeHead();
-        key("interfaces");
-        mText.array(mState.mInterfaces, [this](const Interface& interface) { writeInterface(interface); });
-        key("communicators");
-        mText.array(mState.mCommunicators,
-                    [this](const Communicator& communicator) { writeCommunicator(communicator); });
-        key("memory");
-        mText.array(mState.mMemoryManagers, [this](const Channel::MemoryManagerFigures& figures) {
-            mText.numbers({figures.mBlockSize, figures.mInitialBlocks, figures.mAdditionalBlocks, figures.mTotalBlocks,
-                           figures.mUsedBlocks});
+        object([&] {
+            member("state", toJson(state));
+            member("no_communicator", Channel::cNoCommunicator);
+            table("interfaces", [&] { columns(state.mInterfaces); });
+            table("communicators", [&] {
+                columns(state.mCommunicators);
+                columns(state.mCommunicators | std::views::transform(&Communicator::mProcess));
+            });
+            table("memory_managers", [&] { columns(state.mMemoryManagers); });
+            member("message_storage", toJson(state.mMessages));
+            table("slots", [&] { columns(state.mMessages.mSlots); });
+            key("receiver_sets");
+            array(mSets.sets(), ReceiverSets::runsOf);
+            key("findings");
+            array(findings, [](const Finding& finding) { return toJson(finding); });
         });
-        writeMessages();
-        key("sets");
-        mSets.write(mText);
-        key("findings");
-        mText.array(mFindings, [this](const Finding& finding) { writeFinding(finding); });
-        mText.raw("}");
-        return mText.take();
+        return std::move(mText);
     }
 
 private:
-    void key(const char* name)
+    void value(Numeric auto number)
     {
-        mText.raw(",\n\"");
-        mText.raw(name);
-        mText.raw("\":");
-    }
-
-    void writeHead()
-    {
-        mText.raw("{\"channel\":");
-        mText.name(mState.mChannel);
-        key("taken");
-        mText.raw(std::to_string(mState.mTakenAt.time_since_epoch().count()));
-        key("boot");
-        mText.name(mState.mBootId);
-        key("version");
-        mText.name(mState.mProgramVersion);
-    }
-
-    void writeInterface(const Interface& interface)
-    {
-        const auto separated = [this](const std::string& name) {
-            mText.raw(",");
-            mText.name(name);
-        };
-        mText.raw("[");
-        mText.number(interface.mId);
-        separated(interface.mName);
-        separated(interface.mRole);
-        separated(interface.mDomain);
-        separated(typeWord(interface.mType));
-        separated(versionWord(interface.mVersion));
-        separated(stateWord(interface.mState));
-        mText.raw(",");
-        mText.numbers({interface.mCommunicatorId, interface.mFunctionStorage.mMemoryManagerIndex,
-                       interface.mFunctionStorage.mRangeIndex, mSets.placeOf(interface.mReceivers)});
-        mText.raw(",");
-        if (interface.mFunctions) {
-            mText.array(*interface.mFunctions, [this](const std::string& name) { mText.name(name); });
-        } else {
-            mText.raw("null");
+        const auto plain = static_cast<std::uint64_t>(number);
+        if (plain > cMostExact) {
+            mText += '"' + std::to_string(plain) + '"';
+            return;
         }
-        mText.raw("]");
+        char digits[20];
+        mText.append(digits, std::to_chars(digits, digits + sizeof digits, plain).ptr);
     }
 
-    void writeCommunicator(const Communicator& communicator)
+    void value(const Json& json)
     {
-        const Process& process = communicator.mProcess;
-        mText.raw("[");
-        mText.number(communicator.mId);
-        mText.raw(",");
-        mText.number(communicator.mProcessId);
-        mText.raw(",");
-        mText.name(stateWord(communicator.mState));
-        mText.raw(",");
-        process.mApplication ? mText.name(*process.mApplication) : mText.raw("null");
-        mText.raw(",");
-        mText.raw(process.mStartedAfterBoot ? std::to_string(process.mStartedAfterBoot->count()) : "null");
-        mText.raw(",\"" + livingWord(process.mLiving) + "\"]");
-    }
-
-    /// Column by column: a browser reads six long arrays of numbers faster than sixty thousand short ones.
-    template <typename NumberOf>
-    void writeColumn(const char* name, NumberOf numberOf)
-    {
-        key(name);
-        mText.array(mState.mMessages.mSlots, [&](const Slot& slot) { mText.number(numberOf(slot)); });
-    }
-
-    void writeMessages()
-    {
-        const MessageStorage& storage = mState.mMessages;
-        key("storage");
-        mText.numbers({storage.mSize, storage.mReadable, storage.mLastWrittenIndex, storage.mWriterCounter});
-        writeColumn("slotIndex", [](const Slot& slot) { return slot.mIndex; });
-        writeColumn("slotState", [](const Slot& slot) { return static_cast<std::uint64_t>(slot.mState); });
-        writeColumn("slotSender", [](const Slot& slot) { return slot.mSenderId; });
-        writeColumn("slotCounter", [](const Slot& slot) { return slot.mWriterCounter; });
-        writeColumn("slotSize", [](const Slot& slot) { return slot.mUserDataSize; });
-        writeColumn("slotSet", [this](const Slot& slot) { return mSets.placeOf(slot.mReceivers); });
-        writeData();
-    }
-
-    /// Of the slots that have any: the place of the slot among those written, and what it has.
-    void writeData()
-    {
-        std::vector<std::pair<std::size_t, const Slot*>> chains;
-        std::vector<std::pair<std::size_t, const Slot*>> externals;
-        for (std::size_t place = 0; const Slot& slot : mState.mMessages.mSlots) {
-            if (slot.mChain != Channel::DataChain()) {
-                chains.emplace_back(place, &slot);
+        for (const char character : json.dump(-1, ' ', true)) {
+            if (character == '<') {
+                mText += "\\u003c";
+            } else {
+                mText += character;
             }
-            if (slot.mExternal) {
-                externals.emplace_back(place, &slot);
-            }
-            ++place;
         }
-        key("chains");
-        mText.array(chains, [this](const auto& chain) { writeChain(chain.first, chain.second->mChain); });
-        key("externals");
-        mText.array(externals, [this](const auto& external) {
-            const auto& location = *external.second->mExternal;
-            mText.numbers({external.first, location.mMemoryManagerIndex, location.mRangeIndex});
+    }
+
+    void value(const char* text) { value(Json(text)); }
+    void value(const std::string& name) { value(nameToJson(name)); }
+    void value(std::chrono::milliseconds time) { mText += std::to_string(time.count()); }
+    void value(const Oxa::Version& version) { value(versionWord(version)); }
+    void value(const IdSet& receivers) { value(mSets.placeOf(receivers)); }
+
+    void value(const OxaZunic::OxaZunicRangeLocation& location)
+    {
+        array(std::array{location.mMemoryManagerIndex, location.mRangeIndex}, std::identity());
+    }
+
+    void value(const Channel::DataChain& chain)
+    {
+        object([&] {
+            key("entries");
+            array(chain.mEntries, &Channel::DataEntry::mIndex);
+            if (chain.mEnd != Channel::ChainEnd::eWhole) {
+                member("end", chainEndWord(chain.mEnd));
+                member("next_index", chain.mNextIndex);
+            }
         });
     }
 
-    void writeChain(std::size_t place, const Channel::DataChain& chain)
+    template <typename Value>
+    void value(const std::optional<Value>& optional)
     {
-        mText.raw("[");
-        mText.number(place);
-        mText.raw(",\"" + chainEndWord(chain.mEnd) + "\",");
-        mText.number(chain.mNextIndex);
-        for (const Channel::DataEntry& entry : chain.mEntries) {
-            mText.raw(",");
-            mText.number(entry.mIndex);
+        if (optional) {
+            value(*optional);
+        } else {
+            mText += "null";
         }
-        mText.raw("]");
     }
 
-    void writeFinding(const Finding& finding)
+    template <typename Value>
+    void value(const std::vector<Value>& values)
     {
-        mText.raw("[");
-        mText.number(static_cast<std::uint64_t>(finding.mSeverity));
-        mText.raw(",\"" + std::string(finding.mKind->mCode) + "\",");
-        mText.number(static_cast<std::uint64_t>(finding.mSubject.mKind));
-        mText.raw(",");
-        mText.number(finding.mSubject.mId);
-        for (const std::string& text :
-             {finding.mSubject.mName, finding.mEvidence, std::string(finding.mKind->mAdvice)}) {
-            mText.raw(",");
-            mText.name(text);
-        }
-        mText.raw("]");
+        array(values, std::identity());
     }
 
-    const BusState& mState;
-    const std::vector<Finding>& mFindings;
+    /// `valueOf` each record.
+    template <typename Records, typename ValueOf>
+    void array(const Records& records, ValueOf valueOf)
+    {
+        mText += '[';
+        const char* separator = "";
+        for (const auto& record : records) {
+            mText += separator;
+            value(std::invoke(valueOf, record));
+            separator = ",";
+        }
+        mText += ']';
+    }
+
+    template <typename WriteMembers>
+    void object(WriteMembers writeMembers)
+    {
+        mText += '{';
+        writeMembers();
+        mText += '}';
+    }
+
+    void key(std::string_view name)
+    {
+        mText += mText.ends_with('{') ? "\"" : ",\n\"";
+        mText += name;
+        mText += "\":";
+    }
+
+    template <typename Value>
+    void member(std::string_view name, const Value& memberValue)
+    {
+        key(name);
+        value(memberValue);
+    }
+
+    template <typename WriteColumns>
+    void table(std::string_view name, WriteColumns writeColumns)
+    {
+        key(name);
+        object(writeColumns);
+    }
+
+    /// A column for each field: a browser reads a few long arrays faster than sixty thousand short ones.
+    template <typename Records>
+    void columns(const Records& records)
+    {
+        forEachField<std::ranges::range_value_t<Records>>([&](const auto& field) {
+            key(field.mJsonName);
+            if (!field.mWords.empty()) {
+                wordColumn(records, field);
+            } else if (field.mPresence == Presence::eUnlessEmpty) {
+                sparseColumn(records, field);
+            } else {
+                array(records, field.mMember);
+            }
+        });
+    }
+
+    /// Its words by number, and a number for each record.
+    template <typename Records, typename Column>
+    void wordColumn(const Records& records, const Column& field)
+    {
+        object([&] {
+            table("words", [&] {
+                for (const Word& word : field.mWords) {
+                    member(std::to_string(word.mNumber), word.mText);
+                }
+            });
+            key("values");
+            array(records, field.mMember);
+        });
+    }
+
+    /// The records that have a value, by their place, and their values.
+    template <typename Records, typename Record, typename Value>
+    void sparseColumn(const Records& records, const Field<Record, Value>& field)
+    {
+        const Value empty = Record().*field.mMember;
+        std::vector<std::size_t> rows;
+        for (std::size_t row = 0; const Record& record : records) {
+            if (record.*field.mMember != empty) {
+                rows.push_back(row);
+            }
+            ++row;
+        }
+        object([&] {
+            member("rows", rows);
+            key("values");
+            array(rows, [&](std::size_t row) -> const Value& { return records[row].*field.mMember; });
+        });
+    }
+
     ReceiverSets mSets;
-    Text mText;
+    std::string mText;
 };
 
 } // namespace
 
 std::string pageData(const BusState& state, const std::vector<Finding>& findings)
 {
-    return Writer(state, findings).write();
+    return Writer().write(state, findings);
 }
 
 } // namespace Inspect

@@ -8,8 +8,9 @@
 
 namespace Inspect {
 
-/// The state and the findings as web/data.js reads them: JSON of ASCII characters without "<", so that it can stand in
-/// an element of a page. Much smaller than a saved state: rows are arrays, what repeats stands there once.
+/// The state and the findings as web/bus.js reads them: JSON of ASCII characters without "<", so that it can stand in
+/// an element of a page. The names are those of a saved state, but it is much smaller: records are tables, written
+/// column by column, and what repeats stands there once.
 std::string pageData(const BusState& state, const std::vector<Finding>& findings);
 
 } // namespace Inspect

@@ -5,7 +5,7 @@
 
 namespace Inspect {
 
-/// What of the page is the same for each bus. The build makes it of the files in web/.
+/// The parts of the page that are the same for each bus, made of the files in web/ by the build.
 extern const std::string_view cPageBeforeData;
 extern const std::string_view cPageAfterData;
 

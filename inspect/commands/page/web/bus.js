@@ -1,214 +1,288 @@
-// What the page holds: the state of the bus, who belongs to whom, and what is wrong with it.
+// The state of the bus as the page holds it: its things, who belongs to whom, and the findings. A thing has a kind and a
+// key, which are its address, and its place among those of its kind.
 
-/* global Names */
-/* exported Bus */
-const Bus = (() => {
-  const data = JSON.parse(document.getElementById('data').textContent);
+import { shown } from './names.js';
 
-  const SLOT_STATES = ['free', 'reserved', 'written', 'message', 'data'];
-  const SEVERITIES = ['note', 'warning', 'error'];
-  const SUBJECTS = ['bus', 'interface', 'communicator', 'process', 'memory', 'slot'];
+const data = JSON.parse(document.getElementById('data').textContent);
 
-  // Ids are unique unless the bus is damaged: the second of an id gets a key of its own.
-  function uniqueKeys(ids) {
-    const seen = new Map();
-    return ids.map(id => {
-      const count = (seen.get(id) || 0) + 1;
-      seen.set(id, count);
-      return count === 1 ? String(id) : `${id}.${count}`;
-    });
+// A column holds a value for each row; or numbers, and the words that most of them stand for; or values for some rows
+// only. Returns the function that reads the value of a row.
+function reader(column) {
+  if (column.words) {
+    return row => column.words[column.values[row]] || String(column.values[row]);
   }
-
-  function idsOf(runs) {
-    const ids = [];
-    for (let i = 0; i < runs.length; i += 2) {
-      for (let id = runs[i]; id <= runs[i + 1]; ++id) {
-        ids.push(id);
-      }
-    }
-    return ids;
+  if (column.rows) {
+    const valueByRow = new Map(column.rows.map((row, i) => [row, column.values[i]]));
+    return row => valueByRow.get(row) || null;
   }
+  return row => column[row];
+}
 
-  const textOfRuns = runs => {
-    const texts = [];
-    for (let i = 0; i < runs.length; i += 2) {
-      texts.push(runs[i] === runs[i + 1] ? runs[i] : `${runs[i]}-${runs[i + 1]}`);
-    }
-    return texts.join(' ');
-  };
+const readersOf = table => Object.entries(table).map(([name, column]) => [name, reader(column)]);
 
-  const sets = data.sets.map(runs => ({
-    text: textOfRuns(runs),
-    ids: null,
-    has(id) {
-      for (let i = 0; i < runs.length; i += 2) {
-        if (runs[i] <= id && id <= runs[i + 1]) {
-          return true;
-        }
-      }
-      return false;
-    }
-  }));
-
-  // The ids of a receiver set; decoded when they are first asked for.
-  function idsOfSet(place) {
-    const set = sets[place];
-    set.ids = set.ids || idsOf(data.sets[place]);
-    return set.ids;
-  }
-
-  const processes = [];
-  const processByPid = new Map();
-  const processByCommunicator = new Map();
-  for (const [id, pid, state, application, started, living] of data.communicators) {
-    let process = processByPid.get(pid);
-    if (!process) {
-      process = {
-        kind: 'process', index: processes.length, key: String(pid), pid, living, started,
-        application: application === null ? null : Names.shown(application),
-        communicators: [], interfaces: [], provides: 0, uses: 0
-      };
-      process.label = process.application || `process ${pid}`;
-      processes.push(process);
-      processByPid.set(pid, process);
-    }
-    process.communicators.push({ id, state });
-    if (!processByCommunicator.has(id)) {
-      processByCommunicator.set(id, process);
-    }
-  }
-
-  const NO_COMMUNICATOR = 4096;
-  const interfaceKeys = uniqueKeys(data.interfaces.map(row => row[0]));
-  const interfaces = data.interfaces.map((row, index) => {
-    const [communicator, manager, range, set] = row[7];
-    return {
-      kind: 'interface', index, key: interfaceKeys[index], id: row[0],
-      name: Names.shown(row[1]), role: Names.shown(row[2]), domain: Names.shown(row[3]),
-      type: row[4], version: row[5], state: row[6],
-      communicator: communicator === NO_COMMUNICATOR ? null : communicator,
-      storage: `${manager}/${range}`, set,
-      functions: row[8] && row[8].map(Names.shown),
-      process: processByCommunicator.get(communicator) || null,
-      required: row[6] === 'preregistered'
-    };
+// The rows of {"id": [1, 2], "name": ["a", "b"]} are {id: 1, name: "a"} and so on. All tables begin with a plain column.
+function recordsOf(table) {
+  const readers = readersOf(table);
+  return Object.values(table)[0].map((_, row) => {
+    const record = {};
+    readers.forEach(([name, read]) => { record[name] = read(row); });
+    return record;
   });
+}
 
-  const byId = new Map();
-  const holdersById = new Map();
-  const add = (map, key, value) => map.has(key) ? map.get(key).push(value) : map.set(key, [value]);
-  let linkCount = 0;
-  for (const face of interfaces) {
-    add(byId, face.id, face);
-    for (const receiver of idsOfSet(face.set)) {
-      add(holdersById, receiver, face);
-      ++linkCount;
+// Adds a value to the list of a key.
+export function addTo(map, key, value) {
+  if (!map.has(key)) {
+    map.set(key, []);
+  }
+  map.get(key).push(value);
+}
+
+// Receiver sets are runs: the first and the last id of each, one after the other. Most messages of a sender have the
+// same set, which is one object.
+class ReceiverSet {
+  constructor(runs) {
+    this.runs = [];
+    for (let i = 0; i < runs.length; i += 2) {
+      this.runs.push([runs[i], runs[i + 1]]);
     }
-    if (face.process) {
-      face.process.interfaces.push(face);
-      face.process.provides += face.state === 'registered' && face.type === 'skeleton' ? 1 : 0;
-      face.process.uses += face.state === 'registered' && face.type === 'stub' ? 1 : 0;
-    }
+    this.text = this.runs.map(([first, last]) => first === last ? first : `${first}-${last}`).join(' ');
   }
 
-  const none = [];
-  const withId = id => byId.get(id) || none;
-  // Those whose receiver set names the interface.
-  const providersOf = face => holdersById.get(face.id) || none;
-  // Those that its receiver set names; an id that nobody has is a stand-in without a key.
-  const usersOf = face => idsOfSet(face.set).reduce(
-    (users, id) => users.concat(byId.get(id) || [{ kind: 'absent', id, process: null }]), []);
-
-  const userCount = face => idsOfSet(face.set).length;
-
-  const memory = data.memory.map(([blockSize, initial, additional, total, used], index) => ({
-    kind: 'memory', index, key: String(index), blockSize, initial, additional, total, used,
-    free: Math.max(0, Number(total) - Number(used)),
-    share: Number(total) > 0 ? Number(used) / Number(total) : null
-  }));
-
-  const chainByPlace = new Map(data.chains.map(([place, end, next, ...entries]) => [place, { end, next, entries }]));
-  const externalByPlace = new Map(data.externals.map(([place, manager, block]) => [place, { manager, block }]));
-  const placeByIndex = new Map(data.slotIndex.map((index, place) => [index, place]));
-
-  // The message whose chain has the slot with this index, by its place among the slots in use.
-  let messageByEntry = null;
-  function messageWith(index) {
-    if (!messageByEntry) {
-      messageByEntry = new Map();
-      chainByPlace.forEach((chain, place) => chain.entries.forEach(entry => messageByEntry.set(entry, place)));
-    }
-    return messageByEntry.get(index);
+  has(id) {
+    return this.runs.some(([first, last]) => first <= id && id <= last);
   }
 
-  const [size, readable, lastWritten, counter] = data.storage;
-  const totals = SLOT_STATES.map(() => 0);
-  data.slotState.forEach(state => ++totals[state]);
-  totals[0] = size - data.slotState.length;
-
-  const slots = {
-    size, readable, lastWritten, counter, totals,
-    count: data.slotIndex.length,
-    index: data.slotIndex, state: data.slotState, sender: data.slotSender,
-    writerCounter: data.slotCounter, userDataSize: data.slotSize, set: data.slotSet,
-    stateWord: place => SLOT_STATES[data.slotState[place]],
-    senderOf: place => withId(data.slotSender[place])[0] || null,
-    receivers: place => sets[data.slotSet[place]],
-    receiverIds: place => idsOfSet(data.slotSet[place]),
-    chain: place => chainByPlace.get(place) || null,
-    external: place => externalByPlace.get(place) || null,
-    at: index => placeByIndex.get(index),
-    messageWith
-  };
-
-  const slotThing = index => placeByIndex.has(index) ? { kind: 'slot', key: String(index), place: placeByIndex.get(index) } : null;
-
-  // Where a finding leads: a process stands for its communicators. Null when that is not on the page.
-  function subjectOf(kind, id) {
-    switch (SUBJECTS[kind]) {
-    case 'interface':
-      return withId(id)[0] || null;
-    case 'communicator':
-      return processByCommunicator.get(id) || null;
-    case 'process':
-      return processByPid.get(id) || null;
-    case 'memory':
-      return memory[id] || null;
-    case 'slot':
-      return slotThing(id);
-    default:
-      return null;
+  // Decoded when first asked for.
+  get ids() {
+    if (!this.decoded) {
+      this.decoded = [].concat(...this.runs.map(([first, last]) => Array.from({ length: last - first + 1 }, (_, i) => first + i)));
     }
+    return this.decoded;
+  }
+}
+
+const sets = data.receiver_sets.map(runs => new ReceiverSet(runs));
+
+class Process {
+  constructor(place, { pid, application, started_ms_after_boot: started, living }) {
+    Object.assign(this, { kind: 'process', place, key: String(pid), pid, started, living, communicators: [], interfaces: [] });
+    this.application = application === null ? null : shown(application);
+    this.label = this.application || `process ${pid}`;
   }
 
-  const findings = data.findings.map(([severity, code, kind, id, name, evidence, advice]) => ({
-    severity: SEVERITIES[severity], code, subject: subjectOf(kind, id),
-    label: SUBJECTS[kind] === 'bus' ? 'bus' : `${SUBJECTS[kind] === 'memory' ? 'memory manager' : SUBJECTS[kind]} ${id}`,
-    name: Names.shown(name), evidence: Names.shown(evidence), advice: Names.shown(advice)
-  }));
-
-  // What an address such as "interface:12" names; null when it names nothing.
-  function thing(address) {
-    const [kind, key] = address.split(':');
-    switch (kind) {
-    case 'interface':
-      return interfaces[interfaceKeys.indexOf(key)] || null;
-    case 'process':
-      return processByPid.get(Number(key)) || null;
-    case 'memory':
-      return memory[Number(key)] || null;
-    case 'slot':
-      return slotThing(Number(key));
-    default:
-      return null;
-    }
+  registered(type) {
+    return this.interfaces.filter(face => face.state === 'registered' && face.type === type).length;
   }
 
-  const taken = new Date(data.taken);
-  return {
-    channel: Names.shown(data.channel), boot: Names.shown(data.boot), version: Names.shown(data.version),
-    taken: Number.isNaN(taken.getTime()) ? null : taken,
-    SLOT_STATES, interfaces, processes, memory, slots, findings, linkCount,
-    withId, providersOf, usersOf, userCount, thing, slotThing
-  };
-})();
+  get isDead() {
+    return this.living === 'no';
+  }
+}
+
+export const processes = [];
+const processByPid = new Map();
+const processByCommunicator = new Map();
+for (const record of recordsOf(data.communicators)) {
+  if (!processByPid.has(record.pid)) {
+    processByPid.set(record.pid, processes[processes.push(new Process(processes.length, record)) - 1]);
+  }
+  const process = processByPid.get(record.pid);
+  process.communicators.push({ id: record.id, state: record.state });
+  if (!processByCommunicator.has(record.id)) {
+    processByCommunicator.set(record.id, process);
+  }
+}
+
+const interfacesById = new Map();
+const providersByUser = new Map();
+const absentById = new Map();
+
+class Interface {
+  constructor(place, record) {
+    const { id, type, version, state, communicator, functions } = record;
+    Object.assign(this, { kind: 'interface', place, id, type, version, state });
+    // Ids are unique unless the bus is damaged: the second interface of an id gets a key of its own.
+    const same = withId(id).length;
+    this.key = same === 0 ? String(id) : `${id}.${same + 1}`;
+    this.name = shown(record.name);
+    this.role = shown(record.role);
+    this.domain = shown(record.domain);
+    this.storage = record.function_storage.join('/');
+    this.functions = functions && functions.map(shown);
+    this.receivers = sets[record.receivers];
+    this.communicator = communicator === data.no_communicator ? null : communicator;
+    this.process = processByCommunicator.get(communicator) || null;
+  }
+
+  get isRequired() {
+    return this.state === 'preregistered';
+  }
+
+  get look() {
+    return this.isRequired ? 'required' : this.type;
+  }
+
+  // The interfaces whose receiver set has this one.
+  get providers() {
+    return providersByUser.get(this.id) || [];
+  }
+
+  // The interfaces that its receiver set has.
+  get users() {
+    return [].concat(...this.receivers.ids.map(id => interfacesById.get(id) || [absentInterface(id)]));
+  }
+}
+
+// Stands in for the interface of an id that none has.
+function absentInterface(id) {
+  if (!absentById.has(id)) {
+    absentById.set(id, { kind: 'absent', id, process: null });
+  }
+  return absentById.get(id);
+}
+
+export function withId(id) {
+  return interfacesById.get(id) || [];
+}
+
+export const interfaces = recordsOf(data.interfaces).map((record, place) => {
+  const face = new Interface(place, record);
+  addTo(interfacesById, face.id, face);
+  face.receivers.ids.forEach(id => addTo(providersByUser, id, face));
+  if (face.process) {
+    face.process.interfaces.push(face);
+  }
+  return face;
+});
+
+export const linkCount = interfaces.reduce((count, face) => count + face.receivers.ids.length, 0);
+
+class MemoryManager {
+  constructor(place, record) {
+    Object.assign(this, { kind: 'memory', place, key: String(place) }, record);
+    this.free = Math.max(0, Number(this.total_blocks) - Number(this.used_blocks));
+    this.share = Number(this.total_blocks) > 0 ? Number(this.used_blocks) / Number(this.total_blocks) : null;
+  }
+}
+
+export const memory = recordsOf(data.memory_managers).map((record, place) => new MemoryManager(place, record));
+
+// In their order; the table has no free ones.
+export const slotStates = ['free', ...Object.values(data.slots.state.words)];
+const slotColumns = Object.fromEntries(readersOf(data.slots));
+
+// There may be very many: a slot reads its members out of the table.
+class Slot {
+  constructor(place) {
+    this.place = place;
+  }
+
+  get kind() {
+    return 'slot';
+  }
+
+  get key() {
+    return String(this.index);
+  }
+
+  get index() {
+    return slotColumns.index(this.place);
+  }
+
+  get state() {
+    return slotColumns.state(this.place);
+  }
+
+  get senderId() {
+    return slotColumns.sender(this.place);
+  }
+
+  get sender() {
+    return withId(this.senderId)[0] || null;
+  }
+
+  get counter() {
+    return slotColumns.writer_counter(this.place);
+  }
+
+  get size() {
+    return slotColumns.user_data_size(this.place);
+  }
+
+  get receivers() {
+    return sets[slotColumns.receivers(this.place)];
+  }
+
+  get chain() {
+    return slotColumns.chain(this.place);
+  }
+
+  get external() {
+    return slotColumns.external(this.place);
+  }
+
+  // What broke the chain; empty when nothing did.
+  get fault() {
+    return this.chain && this.chain.end ? `${this.chain.end} at ${this.chain.next_index}` : '';
+  }
+
+  // The slot of the message that a data entry belongs to, if any.
+  get message() {
+    return this.state === 'data' ? messageWith(this.index) : null;
+  }
+}
+
+export const { size: storageSize, readable: readableSlots } = data.message_storage;
+export const slots = data.slots.index.map((_, place) => new Slot(place));
+const slotByIndex = new Map(slots.map(slot => [slot.index, slot]));
+
+export function slotAt(index) {
+  return slotByIndex.get(index) || null;
+}
+
+let messageByEntry = null; // by the indexes of its data entries; made when first asked for
+
+function messageWith(index) {
+  if (!messageByEntry) {
+    messageByEntry = new Map();
+    slots.forEach(slot => slot.chain && slot.chain.entries.forEach(entry => messageByEntry.set(entry, slot)));
+  }
+  return messageByEntry.get(index) || null;
+}
+
+// By state.
+export const slotTotals = Object.fromEntries(slotStates.map(state => [state, 0]));
+slots.forEach(slot => ++slotTotals[slot.state]);
+slotTotals.free = storageSize - slots.length;
+
+// The thing with an address such as "interface:12", or null. A process stands for its communicators.
+export function thingAt(address) {
+  const [kind, key] = address.split(':');
+  switch (kind) {
+  case 'interface':
+    return interfaces.find(face => face.key === key) || null;
+  case 'communicator':
+    return processByCommunicator.get(Number(key)) || null;
+  case 'process':
+    return processByPid.get(Number(key)) || null;
+  case 'memory':
+    return memory[Number(key)] || null;
+  case 'slot':
+    return slotAt(Number(key));
+  default:
+    return null;
+  }
+}
+
+export const findings = data.findings.map(({ severity, code, about: { kind, id, name }, evidence, look_at: advice }) => ({
+  severity, code, subject: thingAt(`${kind}:${id}`),
+  label: kind === 'bus' ? 'bus' : `${kind === 'memory' ? 'memory manager' : kind} ${id}`,
+  name: shown(name || ''), evidence: shown(evidence), advice
+}));
+
+const taken = new Date(data.state.taken_at);
+export const bus = {
+  channel: shown(data.state.channel), boot: shown(data.state.boot_id), version: shown(data.state.program_version),
+  taken: Number.isNaN(taken.getTime()) ? null : taken
+};

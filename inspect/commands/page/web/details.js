@@ -1,135 +1,112 @@
-// Tells all that is known of what is chosen.
+// Shows all that is known of the chosen thing.
 
-/* global Address, Bus, Draw, Tables */
-/* exported Details */
-const Details = (() => {
-  const MOST_LISTED = 60; // ids in a row, unless all are asked for
+import { link, ofFilter } from './address.js';
+import { slotAt, thingAt, withId } from './bus.js';
+import { badge, countText, html, nameElement, numberText } from './drawing.js';
+import { linkInItsView, linkTo, livingCell, slotBadge, startedText, usage } from './tables.js';
 
-  const { html, name } = Draw;
-  const { linkTo } = Tables;
+const MOST_LISTED = 60; // ids in a row, unless all are asked for
 
-  const facts = rows => html('dl', {}, ...[].concat(...rows.filter(Boolean).map(
-    ([label, ...content]) => [html('dt', {}, label), html('dd', {}, ...content)])));
+const facts = rows => html('dl', {}, ...[].concat(...rows.filter(Boolean).map(
+  ([label, ...content]) => [html('dt', {}, label), html('dd', {}, ...content)])));
 
-  const missing = () => html('span', { class: 'badge error' }, 'not there');
+const processLink = process => process ? linkTo(process, process.application ? `${process.label} (${process.pid})` : process.label) : 'none';
+const interfaceLink = face => linkTo(face, `${face.name} / ${face.role}`);
+const slotLink = index => slotAt(index) ? linkInItsView(slotAt(index), String(index)) : String(index);
+const filterLink = (view, filter, label) => link(html('a', {}, label), () => ofFilter(view, filter));
 
-  const processLink = process => process ? linkTo(process, process.application ? `${process.label} (${process.pid})` : process.label) : 'none';
-  const interfaceLink = face => linkTo(face, `${face.name} / ${face.role}`);
-
-  const slotLink = index => Bus.slotThing(index) ? linkTo(Bus.slotThing(index), String(index), true) : String(index);
-
-  // Links one after the other; of very many, the first ones and a button for the rest.
-  function listed(values, linkOf) {
-    if (values.length === 0) {
-      return ['none'];
-    }
-    const joined = some => [].concat(...some.map(value => [linkOf(value), ' ']));
-    const first = joined(values.slice(0, MOST_LISTED));
-    if (values.length > MOST_LISTED) {
-      const button = html('button', { type: 'button' }, `${Draw.number(values.length - MOST_LISTED)} more`);
-      button.addEventListener('click', () => button.replaceWith(...joined(values.slice(MOST_LISTED))));
-      first.push(button);
-    }
-    return first;
+// Links one after the other; of very many, the first ones and a button for the rest.
+function listed(values, linkOf) {
+  if (values.length === 0) {
+    return ['none'];
   }
-
-  const filterLink = (view, filter, label) => Address.link(html('a', {}, label), () => Address.ofFilter(view, filter));
-
-  function functionsOf(face) {
-    if (face.functions === null) {
-      return ['could not be read'];
-    }
-    return face.functions.length === 0 ? ['none']
-      : [html('ol', { start: 0, class: 'functions' }, ...face.functions.map(one => html('li', {}, name(one))))];
+  const joined = some => [].concat(...some.map(value => [linkOf(value), ' ']));
+  const first = joined(values.slice(0, MOST_LISTED));
+  if (values.length > MOST_LISTED) {
+    const button = html('button', { type: 'button' }, `${numberText(values.length - MOST_LISTED)} more`);
+    button.addEventListener('click', () => button.replaceWith(...joined(values.slice(MOST_LISTED))));
+    first.push(button);
   }
+  return first;
+}
 
-  const ofInterface = face => facts([
-    ['Name', name(face.name)],
-    ['Role', name(face.role)],
-    ['Domain', name(face.domain)],
-    ['Id', String(face.id)],
-    ['Type', Tables.badge(face.type, face.type)],
-    ['State', face.required ? Tables.badge('preregistered: required, but not there yet', 'required') : face.state],
-    ['Version', face.version],
-    ['Process', processLink(face.process)],
-    ['Communicator', face.communicator === null ? 'none' : String(face.communicator)],
-    ['Messages', filterLink('messages', `sender:${face.id}`, 'sent'), ' ', filterLink('messages', `to:${face.id}`, 'to receive')],
-    ['Function storage', face.storage],
-    ['Functions', ...functionsOf(face)]
-  ]);
-
-  const ofProcess = process => facts([
-    ['Application', process.application === null ? 'not to be known' : name(process.application)],
-    ['PID', String(process.pid)],
-    ['Living', Tables.livingCell(process.living)],
-    ['Started', process.started === null ? 'not to be known' : `${Tables.startedText(process.started)} s after the boot`],
-    ['Communicators', process.communicators.map(one => one.state === 'registered' ? one.id : `${one.id} (${one.state})`).join(', ')],
-    ['Interfaces', filterLink('interfaces', `pid:${process.pid}`, Draw.count(process.interfaces.length, 'interface'))]
-  ]);
-
-  const ofMemory = manager => facts([
-    ['Use', html('span', { class: 'share' }, Tables.bar(manager), html('span', {}, Tables.shareText(manager.share)))],
-    ['Block size', `${Draw.number(manager.blockSize)} bytes`],
-    ['Blocks used', Draw.number(manager.used)],
-    ['Blocks now', Draw.number(manager.total)],
-    ['Blocks in the beginning', Draw.number(manager.initial)],
-    ['An enlargement adds', Draw.number(manager.additional)]
-  ]);
-
-  function chainFact(place) {
-    const { slots } = Bus;
-    const index = slots.index[place];
-    const message = slots.stateWord(place) === 'data' ? slots.messageWith(index) : undefined;
-    if (message !== undefined) {
-      return ['Belongs to the message in', slotLink(slots.index[message])];
-    }
-    const chain = slots.chain(place);
-    return chain && ['Data entries', ...listed(chain.entries, slotLink)];
+function functionsOf({ functions }) {
+  if (functions === null) {
+    return 'could not be read';
   }
+  return functions.length === 0 ? 'none'
+    : html('ol', { start: 0, class: 'functions' }, ...functions.map(one => html('li', {}, nameElement(one))));
+}
 
-  function externalFact(place) {
-    const external = Bus.slots.external(place);
-    if (!external) {
-      return null;
-    }
-    const manager = Bus.thing(`memory:${external.manager}`);
-    return ['External data', `block ${external.block} of `, manager ? linkTo(manager, `memory manager ${external.manager}`, true)
-      : `memory manager ${external.manager}, which is not there`];
+const interfaceFacts = face => facts([
+  ['Name', nameElement(face.name)],
+  ['Role', nameElement(face.role)],
+  ['Domain', nameElement(face.domain)],
+  ['Id', String(face.id)],
+  ['Type', badge(face.type, face.type)],
+  ['State', face.isRequired ? badge('preregistered: required, but not there yet', 'required') : face.state],
+  ['Version', face.version],
+  ['Process', processLink(face.process)],
+  ['Communicator', face.communicator === null ? 'none' : String(face.communicator)],
+  ['Messages', filterLink('messages', `sender:${face.id}`, 'sent'), ' ', filterLink('messages', `to:${face.id}`, 'to receive')],
+  ['Function storage', face.storage],
+  ['Functions', functionsOf(face)]
+]);
+
+const processFacts = process => facts([
+  ['Application', process.application === null ? 'not to be known' : nameElement(process.application)],
+  ['PID', process.key],
+  ['Living', livingCell(process)],
+  ['Started', process.started === null ? 'not to be known' : `${startedText(process)} s after the boot`],
+  ['Communicators', process.communicators.map(one => one.state === 'registered' ? one.id : `${one.id} (${one.state})`).join(', ')],
+  ['Interfaces', filterLink('interfaces', `pid:${process.pid}`, countText(process.interfaces.length, 'interface'))]
+]);
+
+const memoryFacts = manager => facts([
+  ['Use', usage(manager)],
+  ['Block size', `${numberText(manager.block_size)} bytes`],
+  ['Blocks used', numberText(manager.used_blocks)],
+  ['Blocks now', numberText(manager.total_blocks)],
+  ['Blocks in the beginning', numberText(manager.initial_blocks)],
+  ['An enlargement adds', numberText(manager.additional_blocks)]
+]);
+
+const chainFact = slot => slot.message ? ['Belongs to the message in', slotLink(slot.message.index)]
+  : slot.chain && ['Data entries', ...listed(slot.chain.entries, slotLink)];
+
+function externalFact({ external }) {
+  if (!external) {
+    return null;
   }
+  const [place, block] = external;
+  const manager = thingAt(`memory:${place}`);
+  return ['External data', `block ${block} of `, manager ? linkInItsView(manager, `memory manager ${place}`)
+    : `memory manager ${place}, which is not there`];
+}
 
-  function ofSlot({ place }) {
-    const { slots } = Bus;
-    const sender = slots.senderOf(place);
-    const receiverLink = id => Bus.withId(id).length > 0 ? linkTo(Bus.withId(id)[0], String(id)) : html('span', { class: 'badge error' }, `[${id}]`);
-    const state = slots.stateWord(place);
-    return facts([
-      ['State', Tables.badge(state, `slot-${state}`)],
-      ['Sender', `${slots.sender[place]} `, sender ? interfaceLink(sender) : missing()],
-      ['Process', processLink(sender && sender.process)],
-      ['Writer counter', String(slots.writerCounter[place])],
-      ['User data size', Draw.number(slots.userDataSize[place])],
-      chainFact(place),
-      Tables.faultOf(place) ? ['Fault', Tables.badge(Tables.faultOf(place), 'error')] : null,
-      externalFact(place),
-      ['Receivers', ...listed(slots.receiverIds(place), receiverLink)]
-    ]);
-  }
+const missing = text => badge(text, 'error');
+const receiverLink = id => withId(id).length > 0 ? linkTo(withId(id)[0], String(id)) : missing(`[${id}]`);
 
-  const KINDS = {
-    interface: { title: face => `${face.name || 'Interface ' + face.id}`, show: ofInterface },
-    process: { title: process => `${process.label}`, show: ofProcess },
-    memory: { title: manager => `Memory manager ${manager.index}`, show: ofMemory },
-    slot: { title: thing => `Slot ${thing.key}`, show: ofSlot }
-  };
+const slotFacts = slot => facts([
+  ['State', slotBadge(slot)],
+  ['Sender', `${slot.senderId} `, slot.sender ? interfaceLink(slot.sender) : missing('not there')],
+  ['Process', processLink(slot.sender && slot.sender.process)],
+  ['Writer counter', String(slot.counter)],
+  ['User data size', numberText(slot.size)],
+  chainFact(slot),
+  slot.fault ? ['Fault', badge(slot.fault, 'error')] : null,
+  externalFact(slot),
+  ['Receivers', ...listed(slot.receivers.ids, receiverLink)]
+]);
 
-  function title(thing) {
-    return thing ? KINDS[thing.kind].title(thing) : 'Nothing chosen';
-  }
+const KINDS = {
+  interface: { title: face => face.name || `Interface ${face.id}`, facts: interfaceFacts },
+  process: { title: process => process.label, facts: processFacts },
+  memory: { title: manager => `Memory manager ${manager.key}`, facts: memoryFacts },
+  slot: { title: slot => `Slot ${slot.key}`, facts: slotFacts }
+};
 
-  function show(container, thing) {
-    container.replaceChildren(thing ? KINDS[thing.kind].show(thing)
-      : html('p', {}, 'Choose a row of the table to see it here, with all that it is connected with.'));
-  }
+export const titleOf = thing => thing ? KINDS[thing.kind].title(thing) : 'Nothing chosen';
 
-  return { title, show };
-})();
+export const showDetails = (container, thing) => container.replaceChildren(thing ? KINDS[thing.kind].facts(thing)
+  : html('p', {}, 'Choose a row of the table to see it here, with all that it is connected with.'));

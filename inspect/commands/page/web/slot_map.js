@@ -1,63 +1,108 @@
 // The message storage as a map: a small square for each slot, coloured by its state, with a message's chain marked.
 
-/* global Bus, Draw */
-/* exported SlotMap */
-const SlotMap = (() => {
-  const { slots } = Bus;
+import { readableSlots, slotAt, slots, slotStates, slotTotals, storageSize } from './bus.js';
+import { byId, html, numberText } from './drawing.js';
 
-  const sideFor = squareCount => squareCount <= 1024 ? 14 : squareCount <= 4096 ? 9 : squareCount <= 16384 ? 6 : 4;
+const MOST_SQUARES = 1 << 18; // a damaged bus may claim any number of slots
 
-  const MOST_SQUARES = 1 << 18; // a damaged bus may claim any number of slots
+const sideFor = squareCount => squareCount <= 1024 ? 14 : squareCount <= 4096 ? 9 : squareCount <= 16384 ? 6 : 4;
 
-  const container = Draw.byId('map');
-  const count = Math.min(slots.size, slots.readable, MOST_SQUARES);
-  const side = sideFor(count);
-  let canvas = null;
-  let tip = null;
-  let columns = 0;
-  let painted = null; // the map without marks, and what it was painted for
-  let choose = () => {};
+const colorOf = name => getComputedStyle(document.documentElement).getPropertyValue(name).trim();
 
-  const colorOf = name => getComputedStyle(document.documentElement).getPropertyValue(name).trim();
+// "#rrggbb" as a pixel in memory.
+function pixel(color) {
+  const bytes = new Uint8ClampedArray([1, 3, 5].map(i => parseInt(color.slice(i, i + 2), 16)).concat(255));
+  return new Uint32Array(bytes.buffer)[0];
+}
 
-  // "#rrggbb" as a pixel in memory.
-  function pixel(color) {
-    const bytes = new Uint8ClampedArray([1, 3, 5].map(i => parseInt(color.slice(i, i + 2), 16)).concat(255));
-    return new Uint32Array(bytes.buffer)[0];
+const totalTexts = () => slotStates.map(state => `${numberText(slotTotals[state])} ${state}`);
+
+const mapLegend = () => html('ul', { class: 'legend' }, ...totalTexts().map((text, i) => html('li', {},
+  html('span', { class: `swatch slot-${slotStates[i]}`, 'aria-hidden': 'true' }), text)));
+
+// The indexes of a message's slot and those of its data entries; of a data entry, those of its message.
+function chainOf(slot) {
+  const message = slot.state === 'data' ? slot.message : slot;
+  return message ? [message.index].concat(message.chain ? message.chain.entries : []) : [slot.index];
+}
+
+function describe(index) {
+  const slot = slotAt(index);
+  if (!slot) {
+    return index < 0 ? '' : `slot ${index}: free`;
+  }
+  return `slot ${index}: ${slot.state}, from ${slot.senderId}${slot.sender ? ' ' + slot.sender.name : ''}`;
+}
+
+export class SlotMap {
+  // Calls choose(slot) when one is clicked on.
+  constructor(choose) {
+    this.choose = choose;
+    this.container = byId('map');
+    this.count = Math.min(storageSize, readableSlots, MOST_SQUARES);
+    this.side = sideFor(this.count);
+    this.columns = 0;
+    this.painted = null; // the map without marks, and what it was painted for
   }
 
-  function totalsText() {
-    return Bus.SLOT_STATES.map((state, i) => `${Draw.number(slots.totals[i])} ${state}`).join(', ');
+  show(isWanted, chosen) {
+    this.container.hidden = !isWanted || this.count === 0;
+    if (!this.container.hidden) {
+      if (this.columnsThatFit() !== this.columns) {
+        this.build();
+      }
+      const marked = chosen && chosen.kind === 'slot' ? chainOf(chosen) : [];
+      this.paint(marked);
+      marked.slice(0, 1).forEach(index => this.bringIntoSight(index));
+    }
   }
 
-  function legend() {
-    return Draw.html('ul', { class: 'legend' }, ...Bus.SLOT_STATES.map((state, i) => Draw.html('li', {},
-      Draw.html('span', { class: `swatch slot-${state}`, 'aria-hidden': 'true' }), `${Draw.number(slots.totals[i])} ${state}`)));
+  columnsThatFit() {
+    return Math.max(1, Math.min(this.count, Math.floor((this.container.clientWidth || 640) / this.side)));
   }
 
-  function paint(marked) {
-    const rows = Math.ceil(count / columns);
+  build() {
+    this.columns = this.columnsThatFit();
+    this.rows = Math.ceil(this.count / this.columns);
+    this.canvas = html('canvas', { role: 'img', 'aria-label': `Map of the message slots: ${totalTexts().join(', ')}. The table has the same.` });
+    const tip = html('p', { class: 'tip', 'aria-hidden': 'true' }, '');
+    this.canvas.addEventListener('mousemove', event => { tip.textContent = describe(this.indexAt(event)); });
+    this.canvas.addEventListener('mouseleave', () => { tip.textContent = ''; });
+    this.canvas.addEventListener('click', event => {
+      const slot = slotAt(this.indexAt(event));
+      if (slot) {
+        this.choose(slot);
+      }
+    });
+    this.container.replaceChildren(mapLegend(), html('div', { class: 'squares' }, this.canvas), tip);
+    this.canvas.style.width = `${this.columns * this.side}px`;
+    this.canvas.style.height = `${this.rows * this.side}px`;
+  }
+
+  paint(marked) {
+    const { canvas, columns, rows, side } = this;
     const ratio = window.devicePixelRatio || 1;
     canvas.width = Math.round(columns * side * ratio);
     canvas.height = Math.round(rows * side * ratio);
     const context = canvas.getContext('2d');
-    context.drawImage(picture(), 0, 0, canvas.width, canvas.height);
+    context.drawImage(this.withoutMarks(), 0, 0, canvas.width, canvas.height);
     context.scale(ratio, ratio);
-    mark(context, marked);
+    this.mark(context, marked);
   }
 
-  // The map without marks; painted anew when its shape or its colours have changed.
-  function picture() {
-    const key = `${columns} ${colorOf('--slot-free')}`;
-    if (!painted || painted.key !== key) {
-      painted = { key, squares: squares(Math.ceil(count / columns)) };
+  // The map without marks; painted again when its shape or its colours have changed.
+  withoutMarks() {
+    const key = `${this.columns} ${colorOf('--slot-free')}`;
+    if (!this.painted || this.painted.key !== key) {
+      this.painted = { key, squares: this.squares() };
     }
-    return painted.squares;
+    return this.painted.squares;
   }
 
   // One square has side x side pixels; the last ones are the gap to the next, where there is room for one.
-  function squares(rows) {
-    const colors = Bus.SLOT_STATES.map(state => pixel(colorOf(`--slot-${state}`)));
+  squares() {
+    const { columns, count, rows, side } = this;
+    const colors = Object.fromEntries(slotStates.map(state => [state, pixel(colorOf(`--slot-${state}`))]));
     const inner = side > 2 ? side - 1 : side;
     const image = new ImageData(columns * side, rows * side);
     const pixels = new Uint32Array(image.data.buffer);
@@ -69,101 +114,47 @@ const SlotMap = (() => {
       }
     };
     for (let index = 0; index < count; ++index) {
-      draw(index, colors[0]);
+      draw(index, colors.free);
     }
-    slots.index.forEach((index, place) => index < count && draw(index, colors[slots.state[place]]));
-    const result = document.createElement('canvas');
-    result.width = image.width;
-    result.height = image.height;
+    slots.forEach(slot => slot.index < count && draw(slot.index, colors[slot.state]));
+    const result = html('canvas', { width: image.width, height: image.height });
     result.getContext('2d').putImageData(image, 0, 0);
     return result;
   }
 
-  const centre = index => [index % columns * side + side / 2, Math.floor(index / columns) * side + side / 2];
+  centre(index) {
+    const { columns, side } = this;
+    return [index % columns * side + side / 2, Math.floor(index / columns) * side + side / 2];
+  }
 
   // The slots of a chain, joined by a line in its order.
-  function mark(context, indexes) {
-    if (indexes.length === 0) {
-      return;
-    }
+  mark(context, indexes) {
     context.strokeStyle = colorOf('--mark');
     context.lineWidth = 2;
     context.beginPath();
-    indexes.forEach((index, i) => context[i === 0 ? 'moveTo' : 'lineTo'](...centre(index)));
+    indexes.forEach(index => context.lineTo(...this.centre(index)));
     context.stroke();
-    const reach = Math.max(side, 6);
+    const reach = Math.max(this.side, 6);
     indexes.forEach(index => {
-      const [x, y] = centre(index);
+      const [x, y] = this.centre(index);
       context.strokeRect(x - reach / 2, y - reach / 2, reach, reach);
     });
   }
 
-  function bringIntoSight(index) {
-    const squaresBox = canvas.parentElement;
-    const y = centre(index)[1];
-    if (y < squaresBox.scrollTop || y > squaresBox.scrollTop + squaresBox.clientHeight) {
-      squaresBox.scrollTop = y - squaresBox.clientHeight / 2;
+  bringIntoSight(index) {
+    const box = this.canvas.parentElement;
+    const y = this.centre(index)[1];
+    if (y < box.scrollTop || y > box.scrollTop + box.clientHeight) {
+      box.scrollTop = y - box.clientHeight / 2;
     }
   }
 
-  // The message's slot and those of its data entries; for a data entry, those of its message.
-  function chainOf(thing) {
-    const message = thing.kind === 'slot' && slots.stateWord(thing.place) === 'data' ? slots.messageWith(slots.index[thing.place])
-      : thing.place;
-    if (message === undefined) {
-      return [slots.index[thing.place]];
-    }
-    const chain = slots.chain(message);
-    return [slots.index[message]].concat(chain ? chain.entries : []);
+  // The index of the slot under the mouse, or -1.
+  indexAt(event) {
+    const box = this.canvas.getBoundingClientRect();
+    const column = Math.floor((event.clientX - box.left) / box.width * this.columns);
+    const row = Math.floor((event.clientY - box.top) / this.side);
+    const index = row * this.columns + column;
+    return column >= 0 && column < this.columns && index >= 0 && index < this.count ? index : -1;
   }
-
-  function indexAt(event) {
-    const box = canvas.getBoundingClientRect();
-    const column = Math.floor((event.clientX - box.left) / box.width * columns);
-    const row = Math.floor((event.clientY - box.top) / side);
-    const index = row * columns + column;
-    return column >= 0 && column < columns && index >= 0 && index < count ? index : -1;
-  }
-
-  function describe(index) {
-    const place = slots.at(index);
-    if (place === undefined) {
-      return index < 0 ? '' : `slot ${index}: free`;
-    }
-    const sender = slots.senderOf(place);
-    return `slot ${index}: ${slots.stateWord(place)}, from ${slots.sender[place]}${sender ? ' ' + sender.name : ''}`;
-  }
-
-  const columnsThatFit = () => Math.max(1, Math.min(count, Math.floor((container.clientWidth || 640) / side)));
-
-  function build() {
-    columns = columnsThatFit();
-    canvas = Draw.html('canvas', { role: 'img', 'aria-label': `Map of the message slots: ${totalsText()}. The table has the same.` });
-    tip = Draw.html('p', { class: 'tip', 'aria-hidden': 'true' }, '');
-    canvas.addEventListener('mousemove', event => { tip.textContent = describe(indexAt(event)); });
-    canvas.addEventListener('mouseleave', () => { tip.textContent = ''; });
-    canvas.addEventListener('click', event => {
-      const thing = Bus.slotThing(indexAt(event));
-      if (thing) {
-        choose(thing);
-      }
-    });
-    container.replaceChildren(legend(), Draw.html('div', { class: 'squares' }, canvas), tip);
-    canvas.style.width = `${columns * side}px`;
-    canvas.style.height = `${Math.ceil(count / columns) * side}px`;
-  }
-
-  function show(isWanted, thing) {
-    container.hidden = !isWanted || count === 0;
-    if (!container.hidden) {
-      if (columnsThatFit() !== columns) {
-        build();
-      }
-      const marked = thing && thing.kind === 'slot' ? chainOf(thing) : [];
-      paint(marked);
-      marked.slice(0, 1).forEach(bringIntoSight);
-    }
-  }
-
-  return { show, chainOf, onChoose: callback => { choose = callback; } };
-})();
+}

@@ -1,201 +1,202 @@
-// The four tables: what their columns are, and what stands in them. A row is a number; a table tells what belongs to it.
-//
-// A column: key (for the address and the filter), title, text(row); isNumber and value(row) for numbers (null: none);
-// cell(row), an element in place of the text; isBadge when it is one; width, the least in pixels; fits(row, wanted) for a
-// filter of its own; hidden: for the filter only; isRelated: of another table's row, see `related`.
+// The four tables: their columns, and the texts of their cells. A row is a thing of the bus.
 
-/* global Address, Bus, Draw */
-/* exported Tables */
-const Tables = (() => {
-  const { interfaces, processes, memory, slots } = Bus;
+import { inItsView, link, ofThing } from './address.js';
+import { interfaces, memory, processes, slots } from './bus.js';
+import { badge, html, nameElement, numberText, svg } from './drawing.js';
 
-  const textColumn = (key, title, text, more) => Object.assign({ key, title, text }, more);
-  const numberColumn = (key, title, value, more) => Object.assign({
-    key, title, value, isNumber: true,
-    text: row => value(row) === null ? '' : Draw.number(value(row))
-  }, more);
-  const plain = value => ({ text: row => value(row) === null ? '' : String(value(row)) });
-  const idColumn = (key, title, value, more) => numberColumn(key, title, value, Object.assign(plain(value), more));
+// The place of each text among all of them, in natural order: Zone2 before Zone10.
+function ranksOf(texts) {
+  const { compare } = new Intl.Collator('en', { numeric: true });
+  const ranks = new Map(Array.from(new Set(texts)).sort(compare).map((text, rank) => [text, rank]));
+  return texts.map(text => text === '' ? -1 : ranks.get(text));
+}
 
-  const linkTo = (thing, text, inItsView) => Address.link(Draw.html('a', {}, Draw.name(text || 'without a name')),
-    () => inItsView ? Address.inItsView(thing) : Address.ofThing(thing));
-  const chooses = (thingOf, textOf) => ({ cell: row => linkTo(thingOf(row), textOf(row)) });
-  const named = text => ({ cell: row => Draw.name(text(row)) });
-
-  const badge = (text, kind) => Draw.html('span', { class: `badge ${kind}` }, text);
-  const livingCell = living => living === 'no' ? badge('no', 'error') : living;
-
-  const nameColumn = (key, title, text) => textColumn(key, title, text, named(text));
-
-  const interfaceKind = face => face.required ? 'required' : face.type;
-
-  const interfaceTable = {
-    title: 'Interfaces', one: 'interface',
-    hint: 'Words that all have to occur; type:stub, app:nav or pid:1234 asks one column.',
-    count: interfaces.length,
-    thing: row => interfaces[row],
-    rowOf: thing => thing.kind === 'interface' ? thing.index : -1,
-    columns: [
-      idColumn('id', 'Id', row => interfaces[row].id),
-      textColumn('name', 'Name', row => interfaces[row].name,
-        chooses(row => interfaces[row], row => interfaces[row].name)),
-      nameColumn('role', 'Role', row => interfaces[row].role),
-      nameColumn('domain', 'Domain', row => interfaces[row].domain),
-      textColumn('type', 'Type', row => interfaces[row].type,
-        { isBadge: true, cell: row => badge(interfaces[row].type, interfaceKind(interfaces[row])) }),
-      textColumn('version', 'Version', row => interfaces[row].version),
-      textColumn('state', 'State', row => interfaces[row].state),
-      idColumn('pid', 'PID', row => interfaces[row].process ? interfaces[row].process.pid : null),
-      nameColumn('app', 'Application', row => (interfaces[row].process && interfaces[row].process.application) || ''),
-      numberColumn('providers', 'Providers', row => Bus.providersOf(interfaces[row]).length),
-      numberColumn('users', 'Users', row => Bus.userCount(interfaces[row])),
-      idColumn('communicator', 'Communicator', row => interfaces[row].communicator, { hidden: true })
-    ]
-  };
-
-  const startedText = started => started === null ? '' : (started / 1000).toFixed(2);
-
-  const processTable = {
-    title: 'Processes', one: 'process', many: 'processes',
-    hint: 'Words that all have to occur; living:no asks one column.',
-    count: processes.length,
-    thing: row => processes[row],
-    rowOf: thing => thing.kind === 'process' ? thing.index : -1,
-    columns: [
-      idColumn('pid', 'PID', row => processes[row].pid,
-        chooses(row => processes[row], row => String(processes[row].pid))),
-      nameColumn('app', 'Application', row => processes[row].application || ''),
-      textColumn('living', 'Living', row => processes[row].living, { isBadge: true, cell: row => livingCell(processes[row].living) }),
-      numberColumn('started', 'Started (s after boot)', row => processes[row].started,
-        { text: row => startedText(processes[row].started) }),
-      numberColumn('provides', 'Provides', row => processes[row].provides),
-      numberColumn('uses', 'Uses', row => processes[row].uses),
-      textColumn('communicators', 'Communicators', row => processes[row].communicators.map(one => one.id).join(' '))
-    ]
-  };
-
-  const shareText = share => share === null ? '' : `${Math.round(share * 100)} %`;
-
-  // Blocks in use, and those there were in the beginning.
-  function bar(manager) {
-    const percent = value => `${Math.min(100, Math.max(0, value * 100))}%`;
-    const share = manager.share || 0;
-    const level = share >= 0.9 ? 'full' : share >= 0.7 ? 'high' : 'low';
-    const start = Number(manager.total) > 0 ? percent(Number(manager.initial) / Number(manager.total)) : '0%';
-    return Draw.svg('svg', { class: 'usage', width: '100%', height: 14, 'aria-hidden': 'true' },
-      Draw.svg('rect', { class: 'pool', width: '100%', height: 14 }),
-      Draw.svg('rect', { class: level, width: percent(share), height: 14 }),
-      Draw.svg('line', { class: 'initial', x1: start, x2: start, y1: 0, y2: 14 }));
+// `key` is its name in the address and the filter. Of `more`: cell(row), an element in place of the text; isBadge when it
+// is one; width, the least in pixels; fits(row, wanted) for a filter of its own; isHidden: for the filter only;
+// isRelated: of another table's row, so that a filter finds it there.
+class Column {
+  constructor(key, title, text, more) {
+    Object.assign(this, { key, title, text, width: 0 }, more);
+    this.cell = this.cell || this.text;
   }
 
-  const usage = row => Draw.html('span', { class: 'share' }, bar(memory[row]), Draw.html('span', {}, shareText(memory[row].share)));
+  get look() {
+    return null;
+  }
 
-  const memoryTable = {
-    title: 'Memory managers', one: 'memory manager',
-    hint: 'The line in a bar tells how many of its blocks were there in the beginning.',
-    count: memory.length,
-    thing: row => memory[row],
-    rowOf: thing => thing.kind === 'memory' ? thing.index : -1,
-    columns: [
-      idColumn('manager', 'Manager', row => row, chooses(row => memory[row], row => String(row))),
-      numberColumn('blocksize', 'Block size', row => memory[row].blockSize),
-      numberColumn('initial', 'Initial', row => memory[row].initial),
-      numberColumn('additional', 'Additional', row => memory[row].additional),
-      numberColumn('total', 'Total', row => memory[row].total),
-      numberColumn('used', 'Used', row => memory[row].used),
-      numberColumn('free', 'Free', row => memory[row].free),
-      numberColumn('use', 'Use', row => memory[row].share, { text: row => shareText(memory[row].share), cell: usage, width: 220 })
-    ]
-  };
+  searched(row) {
+    return this.text(row);
+  }
 
-  const faultOf = row => {
-    const chain = slots.chain(row);
-    return chain && chain.end !== 'whole' ? `${chain.end} at ${chain.next}` : '';
-  };
-  const externalOf = row => {
-    const external = slots.external(row);
-    return external ? `${external.manager}/${external.block}` : '';
-  };
-  const senderNameOf = row => slots.senderOf(row) ? slots.senderOf(row).name : '';
+  test(wanted) {
+    return row => this.fits ? this.fits(row, wanted) : this.text(row).toLowerCase().includes(wanted);
+  }
 
-  const messageTable = {
-    title: 'Messages', one: 'message slot',
-    hint: 'Words that all have to occur; sender:3, to:5 or state:data asks one column.',
-    count: slots.count,
-    thing: row => Bus.slotThing(slots.index[row]),
-    rowOf: thing => thing.kind === 'slot' ? thing.place : -1,
-    related: interfaceTable,
-    relatedRow: row => slots.senderOf(row) ? slots.senderOf(row).index : -1,
-    columns: [
-      idColumn('slot', 'Slot', row => slots.index[row],
-        chooses(row => Bus.slotThing(slots.index[row]), row => String(slots.index[row]))),
-      textColumn('state', 'State', row => slots.stateWord(row),
-        { isBadge: true, cell: row => badge(slots.stateWord(row), `slot-${slots.stateWord(row)}`) }),
-      idColumn('counter', 'Counter', row => slots.writerCounter[row]),
-      numberColumn('size', 'Size', row => slots.userDataSize[row]),
-      idColumn('sender', 'Sender', row => slots.sender[row]),
-      textColumn('name', 'Name', senderNameOf, { isRelated: true, cell: row => slots.senderOf(row)
-        ? linkTo(slots.senderOf(row), senderNameOf(row)) : 'not there' }),
-      textColumn('to', 'Receivers', row => slots.receivers(row).text,
-        { isRelated: true, fits: (row, wanted) => wanted === '' || slots.receivers(row).has(Number(wanted)) }),
-      textColumn('data', 'Data', row => slots.chain(row) ? slots.chain(row).entries.join(' ') : ''),
-      textColumn('external', 'External', externalOf),
-      textColumn('fault', 'Fault', faultOf, { isBadge: true, cell: row => faultOf(row) && badge(faultOf(row), 'error') })
-    ]
-  };
+  sortKeys(rows) {
+    return ranksOf(rows.map(this.text));
+  }
+}
 
-  const tables = { interfaces: interfaceTable, processes: processTable, memory: memoryTable, messages: messageTable };
+// value(row) is a number, text where that would not be exact, or null.
+class NumberColumn extends Column {
+  constructor(key, title, value, more) {
+    super(key, title, row => value(row) === null ? '' : numberText(value(row)), more);
+    this.value = value;
+  }
 
-  Object.values(tables).forEach(table => {
-    const shownRows = Array.from({ length: table.count }, (_, row) => row);
-    const searched = table.columns.filter(column => !column.isRelated && !column.hidden)
-      .map(column => column.isNumber ? column.value : column.text);
-    const texts = [];
-    // What the filter looks into, row by row, in lower case.
-    table.texts = () => {
-      addTexts(() => true);
-      return texts;
-    };
-    // Adds to them while `mayGoOn`; whether there is more to add.
-    function addTexts(mayGoOn) {
-      while (texts.length < table.count && mayGoOn()) {
-        const row = texts.length;
-        texts.push(searched.map(part => part(row)).join('\n').toLowerCase());
-      }
-      return texts.length < table.count;
-    }
-    // Sixty thousand rows take a moment, which shall not be the one in which the first letter is typed.
-    const addInIdleTime = idle => addTexts(() => idle.timeRemaining() > 1) && requestIdleCallback(addInIdleTime);
+  get look() {
+    return 'number';
+  }
+
+  searched(row) {
+    return this.value(row);
+  }
+
+  test(wanted) {
+    return row => wanted === '' || String(this.value(row)) === wanted;
+  }
+
+  sortKeys(rows) {
+    return rows.map(row => this.value(row) === null ? -1 : Number(this.value(row)));
+  }
+}
+
+// Numbers without separators.
+class IdColumn extends NumberColumn {
+  constructor(key, title, value, more) {
+    super(key, title, value, { text: row => value(row) === null ? '' : String(value(row)), ...more });
+  }
+}
+
+class NameColumn extends Column {
+  constructor(key, title, text, more) {
+    super(key, title, text, { cell: row => nameElement(text(row)), ...more });
+  }
+}
+
+class Table {
+  constructor(title, rows, columns, more) {
+    Object.assign(this, { title, rows, columns }, more);
+    this.visible = columns.filter(column => !column.isHidden);
+    this.searched = this.visible.filter(column => !column.isRelated);
+    this.searchTexts = [];
+    this.sortedBy = '';
+    this.sortedRows = rows;
+    // Sixty thousand rows take a moment, which should not be that of the first letter typed.
+    const addInIdleTime = idle => this.addTexts(() => idle.timeRemaining() > 1) && requestIdleCallback(addInIdleTime);
     if (window.requestIdleCallback) {
       requestIdleCallback(addInIdleTime);
     }
-    table.rows = shownRows;
-    table.visible = table.columns.filter(column => !column.hidden);
-  });
+  }
 
-  // The place of each text among all of them, in the order of people: Zone2 before Zone10.
-  function ranksOf(texts) {
-    const { compare } = new Intl.Collator('en', { numeric: true });
-    const ranks = new Map(Array.from(new Set(texts)).sort(compare).map((text, rank) => [text, rank]));
-    return texts.map(text => text === '' ? -1 : ranks.get(text));
+  // The texts that a filter searches, row by row, in lower case.
+  texts() {
+    this.addTexts(() => true);
+    return this.searchTexts;
+  }
+
+  // Adds texts while `mayGoOn`; returns whether some are still missing.
+  addTexts(mayGoOn) {
+    while (this.searchTexts.length < this.rows.length && mayGoOn()) {
+      const row = this.rows[this.searchTexts.length];
+      this.searchTexts.push(this.searched.map(column => column.searched(row)).join('\n').toLowerCase());
+    }
+    return this.searchTexts.length < this.rows.length;
   }
 
   // All rows, sorted by "column" or, downwards, "-column".
-  function sorted(table, sort) {
-    if (table.sortedBy !== sort) {
-      const isDown = sort.startsWith('-');
-      const column = table.visible.find(one => one.key === sort.slice(isDown ? 1 : 0));
-      table.sortedBy = sort;
-      table.sortedRows = table.rows;
-      if (column) {
-        const keys = column.isNumber ? table.rows.map(row => column.value(row) === null ? -1 : Number(column.value(row)))
-          : ranksOf(table.rows.map(column.text));
-        const sign = isDown ? -1 : 1;
-        table.sortedRows = table.rows.slice().sort((left, right) => sign * (keys[left] - keys[right]) || left - right);
-      }
+  sorted(sort) {
+    if (this.sortedBy !== sort) {
+      const sign = sort.startsWith('-') ? -1 : 1;
+      const column = this.visible.find(({ key }) => key === sort.replace(/^-/, ''));
+      const keys = column ? column.sortKeys(this.rows) : null;
+      this.sortedBy = sort;
+      this.sortedRows = keys ? this.rows.slice().sort((left, right) =>
+        sign * (keys[left.place] - keys[right.place]) || left.place - right.place) : this.rows;
     }
-    return table.sortedRows;
+    return this.sortedRows;
   }
+}
 
-  return Object.assign({ sorted, badge, livingCell, linkTo, startedText, shareText, bar, faultOf, interfaceKind }, { of: tables });
-})();
+const linkWith = (thing, text, address) => link(html('a', {}, nameElement(text || 'without a name')), () => address(thing));
+export const linkTo = (thing, text) => linkWith(thing, text, ofThing);
+export const linkInItsView = (thing, text) => linkWith(thing, text, inItsView);
+const chooses = text => ({ cell: thing => linkTo(thing, text(thing)) });
+
+export const livingCell = ({ living }) => living === 'no' ? badge('no', 'error') : living;
+export const slotBadge = ({ state }) => badge(state, `slot-${state}`);
+
+const interfaceTable = new Table('Interfaces', interfaces, [
+  new IdColumn('id', 'Id', face => face.id),
+  new Column('name', 'Name', face => face.name, chooses(face => face.name)),
+  new NameColumn('role', 'Role', face => face.role),
+  new NameColumn('domain', 'Domain', face => face.domain),
+  new Column('type', 'Type', face => face.type, { isBadge: true, cell: face => badge(face.type, face.look) }),
+  new Column('version', 'Version', face => face.version),
+  new Column('state', 'State', face => face.state),
+  new IdColumn('pid', 'PID', face => face.process && face.process.pid),
+  new NameColumn('app', 'Application', face => (face.process && face.process.application) || ''),
+  new NumberColumn('providers', 'Providers', face => face.providers.length),
+  new NumberColumn('users', 'Users', face => face.receivers.ids.length),
+  new IdColumn('communicator', 'Communicator', face => face.communicator, { isHidden: true })
+], { one: 'interface', hint: 'Words that all have to occur; type:stub, app:nav or pid:1234 asks one column.' });
+
+export const startedText = ({ started }) => started === null ? '' : (started / 1000).toFixed(2);
+
+const processTable = new Table('Processes', processes, [
+  new IdColumn('pid', 'PID', process => process.pid, chooses(process => process.key)),
+  new NameColumn('app', 'Application', process => process.application || ''),
+  new Column('living', 'Living', process => process.living, { isBadge: true, cell: livingCell }),
+  new NumberColumn('started', 'Started (s after boot)', process => process.started, { text: startedText }),
+  new NumberColumn('provides', 'Provides', process => process.registered('skeleton')),
+  new NumberColumn('uses', 'Uses', process => process.registered('stub')),
+  new Column('communicators', 'Communicators', process => process.communicators.map(one => one.id).join(' '))
+], { one: 'process', many: 'processes', hint: 'Words that all have to occur; living:no asks one column.' });
+
+const shareText = ({ share }) => share === null ? '' : `${Math.round(share * 100)} %`;
+
+// Blocks in use, and a line at the number of blocks in the beginning.
+function bar(manager) {
+  const percent = value => `${Math.min(100, Math.max(0, value * 100))}%`;
+  const share = manager.share || 0;
+  const level = share >= 0.9 ? 'full' : share >= 0.7 ? 'high' : 'low';
+  const total = Number(manager.total_blocks);
+  const start = total > 0 ? percent(Number(manager.initial_blocks) / total) : '0%';
+  return svg('svg', { class: 'usage', width: '100%', height: 14, 'aria-hidden': 'true' },
+    svg('rect', { class: 'pool', width: '100%', height: 14 }),
+    svg('rect', { class: level, width: percent(share), height: 14 }),
+    svg('line', { class: 'initial', x1: start, x2: start, y1: 0, y2: 14 }));
+}
+
+export const usage = manager => html('span', { class: 'share' }, bar(manager), html('span', {}, shareText(manager)));
+
+const memoryTable = new Table('Memory managers', memory, [
+  new IdColumn('manager', 'Manager', manager => manager.place, chooses(manager => manager.key)),
+  new NumberColumn('blocksize', 'Block size', manager => manager.block_size),
+  new NumberColumn('initial', 'Initial', manager => manager.initial_blocks),
+  new NumberColumn('additional', 'Additional', manager => manager.additional_blocks),
+  new NumberColumn('total', 'Total', manager => manager.total_blocks),
+  new NumberColumn('used', 'Used', manager => manager.used_blocks),
+  new NumberColumn('free', 'Free', manager => manager.free),
+  new NumberColumn('use', 'Use', manager => manager.share, { text: shareText, cell: usage, width: 220 })
+], { one: 'memory manager', hint: 'The line in a bar tells how many of its blocks were there in the beginning.' });
+
+const senderName = slot => slot.sender ? slot.sender.name : '';
+
+const messageTable = new Table('Messages', slots, [
+  new IdColumn('slot', 'Slot', slot => slot.index, chooses(slot => slot.key)),
+  new Column('state', 'State', slot => slot.state, { isBadge: true, cell: slotBadge }),
+  new IdColumn('counter', 'Counter', slot => slot.counter),
+  new NumberColumn('size', 'Size', slot => slot.size),
+  new IdColumn('sender', 'Sender', slot => slot.senderId),
+  new Column('name', 'Name', senderName,
+    { isRelated: true, cell: slot => slot.sender ? linkTo(slot.sender, senderName(slot)) : 'not there' }),
+  new Column('to', 'Receivers', slot => slot.receivers.text,
+    { isRelated: true, fits: (slot, wanted) => wanted === '' || slot.receivers.has(Number(wanted)) }),
+  new Column('data', 'Data', slot => slot.chain ? slot.chain.entries.join(' ') : ''),
+  new Column('external', 'External', slot => slot.external ? slot.external.join('/') : ''),
+  new Column('fault', 'Fault', slot => slot.fault, { isBadge: true, cell: slot => slot.fault && badge(slot.fault, 'error') })
+], { one: 'message slot', related: interfaceTable,
+  hint: 'Words that all have to occur; sender:3, to:5 or state:data asks one column.' });
+
+export const tables = { interfaces: interfaceTable, processes: processTable, memory: memoryTable, messages: messageTable };
