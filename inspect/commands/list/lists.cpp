@@ -4,6 +4,7 @@
 #include "inspect/view/cells.h"
 
 #include <algorithm>
+#include <nlohmann/json.hpp>
 #include <unordered_map>
 
 namespace Inspect {
