@@ -67,14 +67,9 @@ void BusMonitor::count()
 
 void BusMonitor::check(nanoseconds spentBefore)
 {
-<<<<<<< HEAD:inspect/commands/top/bus_monitor.cpp
-    mFindings = findAll(*now(), mChecked.get());
+    const BusIndex before(mChecked ? *mChecked : *now());
+    mFindings = findAll(BusIndex(*now()), mChecked ? &before : nullptr);
     mChecked = mFollower.now();
-=======
-    const BusIndex before(mChecked ? *mChecked : *mNow.mState);
-    mFindings = findAll(BusIndex(*mNow.mState), mChecked ? &before : nullptr);
-    mChecked = mNow.mState;
->>>>>>> 4f6d10d (Let a finding point to its kind, which holds the advice, and resolve codes to kinds where they come in):inspect/commands/top/follower.cpp
     mNextCheck = Clock::now() + cCheckPause * (processorTime() - spentBefore);
 }
 
