@@ -25,7 +25,8 @@ TEST(PageData, OfNonsenseIsJsonThatCannotEndItsElement)
     state.mMessages.mSlots[1].mChain = {{{9, 1}, {8, 1}}, Channel::ChainEnd::eLoop, 9};
     state.mMessages.mSlots[1].mExternal = OxaZunic::OxaZunicRangeLocation(5, 6);
     const Subject subject{SubjectKind::eSlot, 7, "<"};
-    const Finding finding{"full", Severity::eError, subject, "\n", "Look."};
+    const FindingKind kind{"full", Severity::eError, "", "", "", "Look."};
+    const Finding finding{&kind, Severity::eError, subject, "\n"};
 
     const std::string text = pageData(state, {finding});
     EXPECT_TRUE(std::ranges::all_of(text, [](char c) { return c == '\n' || (c >= ' ' && c <= '~' && c != '<'); }));
