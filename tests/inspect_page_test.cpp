@@ -34,7 +34,7 @@ TEST(PageData, OfNonsenseIsJsonThatCannotEndItsElement)
     EXPECT_EQ(data["state"]["channel"], state.mChannel);
     const Json& interfaces = data["interfaces"];
     EXPECT_EQ(interfaces["name"], Json({{255, 60}, "", ""}));
-    EXPECT_EQ(interfaces["type"]["words"], Json::parse(R"({"1":"stub","2":"skeleton"})"));
+    EXPECT_EQ(interfaces["type"]["words"], Json::parse(R"({"0":"undefined","1":"stub","2":"skeleton"})"));
     EXPECT_EQ(interfaces["type"]["values"], Json({4294967295, 1, 0}));
     EXPECT_EQ(interfaces["functions"], Json({{"\"", "\\"}, nullptr, nullptr}));
     EXPECT_EQ(interfaces["receivers"], Json({0, 1, 0}));

@@ -33,16 +33,16 @@ Cell idCell(const Subject& subject)
     return subject.mKind == SubjectKind::eBus ? Cell{} : numberCell(subject.mId);
 }
 
-std::string tableOf(const std::vector<Finding>& findings, const TableLook& look)
+std::string tableOf(const std::vector<Finding>& findings, const TableStyle& style)
 {
-    Table table({{"SEVERITY", Kind::eWord},
-                 {"CODE", Kind::eWord},
-                 {"WHAT", Kind::eWord},
-                 {"ID", Kind::eNumber},
+    Table table({{"SEVERITY", ColumnKind::eWord},
+                 {"CODE", ColumnKind::eWord},
+                 {"WHAT", ColumnKind::eWord},
+                 {"ID", ColumnKind::eNumber},
                  {"NAME"},
                  {"EVIDENCE"},
                  {"LOOK AT"}},
-                look);
+                style);
     for (const Finding& finding : findings) {
         table.addLine({{severityWord(finding.mSeverity), colorOf(finding.mSeverity)},
                        {finding.mKind->mCode},
@@ -140,7 +140,7 @@ Run addCheckOptions(CLI::App& part)
             "--explain", [line](const std::string& code) { line->mExplained = &readFindingKind("--explain", code); },
             "Tell what a finding means, and do not look at all")
         ->type_name("CODE");
-    addLookOptions(part, options.mLook);
+    addStyleOptions(part, options.mStyle);
     part.footer(codesHelp());
     return [line](std::ostream& out) { return run(*line, out); };
 }
@@ -168,7 +168,7 @@ ExitStatus runCheck(const CheckOptions& options, std::ostream& out)
     } else if (findings.empty()) {
         complain("no findings");
     } else {
-        out << tableOf(findings, options.mLook);
+        out << tableOf(findings, options.mStyle);
     }
     const bool isFailed =
         std::ranges::any_of(findings, [&](const Finding& finding) { return finding.mSeverity >= options.mFailOn; });

@@ -19,7 +19,7 @@ struct CheckOptions
     std::vector<const FindingKind*> mIgnored;
     std::string mContract; ///< a file; empty: none
     bool mJson = false;
-    TableLook mLook;
+    TableStyle mStyle;
 };
 
 /// Tells what is wrong with a bus. eExitNo if a finding is as grave as that, or graver.

@@ -77,11 +77,11 @@ void addFilterOptions(CLI::App& part, InterfaceFilter& filter)
             "registered, preregistered (required) or any");
 }
 
-void addLookOptions(CLI::App& part, TableLook& look)
+void addStyleOptions(CLI::App& part, TableStyle& style)
 {
     part.add_flag(
-        "--noheadings", [&look](std::int64_t) { look.mHeadings = false; }, "Leave out the headings");
-    addColorOption(part, look.mColors);
+        "--noheadings", [&style](std::int64_t) { style.mHeadings = false; }, "Leave out the headings");
+    addColorOption(part, style.mColors);
 }
 
 const FindingKind& readFindingKind(const char* option, const std::string& code)

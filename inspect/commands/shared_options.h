@@ -22,7 +22,7 @@ void addLookSourceOptions(CLI::App& part, LookSource& source);
 void addFilterOptions(CLI::App& part, InterfaceFilter& filter);
 
 /// --noheadings and --color; call it once for a command.
-void addLookOptions(CLI::App& part, TableLook& look);
+void addStyleOptions(CLI::App& part, TableStyle& style);
 
 /// The kind of finding with the code that the option was given. Throws UsageMistake.
 const FindingKind& readFindingKind(const char* option, const std::string& code);

@@ -84,7 +84,7 @@ Run addShowOptions(CLI::App& part)
     addWords(part, options->mWords, "NAME|ID", "Its name, or its id; of several each is shown");
     addSourceOptions(part, options->mSource);
     part.add_flag("--json", options->mJson, "JSON instead of a tree");
-    addLookOptions(part, options->mLook);
+    addStyleOptions(part, options->mStyle);
     return [options](std::ostream& out) { return runShow(*options, out); };
 }
 
@@ -107,7 +107,7 @@ ExitStatus runShow(const ShowOptions& options, std::ostream& out)
     if (options.mJson) {
         writeJson(out, found, index);
     } else {
-        out << interfaceTree(found, index, options.mLook);
+        out << interfaceTree(found, index, options.mStyle);
     }
     const std::string absent = missing(options.mWords, found);
     if (!absent.empty()) {

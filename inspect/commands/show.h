@@ -15,7 +15,7 @@ struct ShowOptions
 {
     SourceOptions mSource;
     std::vector<std::string> mWords; ///< names of interfaces, as they are, or ids
-    TableLook mLook;
+    TableStyle mStyle;
     bool mJson = false;
 };
 

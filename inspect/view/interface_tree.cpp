@@ -7,15 +7,15 @@ namespace Inspect {
 namespace {
 
 const std::vector<Heading> cHeadings{
-    {"INTERFACE", Kind::eTree},
+    {"INTERFACE", ColumnKind::eTree},
     {"ROLE"},
     {"DOMAIN"},
-    {"ID", Kind::eNumber},
-    {"TYPE", Kind::eWord},
-    {"VERSION", Kind::eWord},
-    {"STATE", Kind::eWord},
-    {"PID", Kind::eNumber},
-    {"LIVING", Kind::eWord},
+    {"ID", ColumnKind::eNumber},
+    {"TYPE", ColumnKind::eWord},
+    {"VERSION", ColumnKind::eWord},
+    {"STATE", ColumnKind::eWord},
+    {"PID", ColumnKind::eNumber},
+    {"LIVING", ColumnKind::eWord},
     {"APP"},
 };
 

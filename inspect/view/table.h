@@ -26,7 +26,6 @@ struct Heading
     const char* mName;
     ColumnKind mKind = ColumnKind::eText;
 };
-using Kind = ColumnKind; // TODO remove
 
 /// What stands in a cell.
 struct Cell
@@ -46,7 +45,6 @@ struct TableStyle
     bool mHeadings = true;
     bool mColors = false;
 };
-using TableLook = TableStyle; // TODO remove
 
 /// A table or tree for reading. Lines are cut to the width of the terminal when standard output is one.
 class Table

@@ -116,7 +116,7 @@ Run addListOptions(CLI::App& part)
     part.add_option("-o,--output", options->mColumns, "These columns only; +COLUMN,... adds some")
         ->type_name("COLUMN,...")
         ->excludes(json);
-    addLookOptions(part, options->mStyle);
+    addStyleOptions(part, options->mStyle);
     part.add_option("--name", options->mFilter.mName, "Interfaces with names like this")
         ->type_name("PATTERN")
         ->group("Filters");

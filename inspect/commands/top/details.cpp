@@ -66,7 +66,7 @@ void appendSlot(Lines& lines, std::uint32_t index, const BusState& state)
     if (slot == all.end() || slot->mIndex != index) {
         return;
     }
-    Table receivers({{"ID", Kind::eNumber}, {"NAME"}, {"ROLE"}}, {});
+    Table receivers({{"ID", ColumnKind::eNumber}, {"NAME"}, {"ROLE"}}, {});
     for (const std::uint16_t id : slot->mReceivers) {
         const auto receiver = std::ranges::lower_bound(state.mInterfaces, id, {}, &Interface::mId);
         const bool isThere = receiver != state.mInterfaces.end() && receiver->mId == id;
@@ -74,7 +74,7 @@ void appendSlot(Lines& lines, std::uint32_t index, const BusState& state)
                            isThere ? Cell{receiver->mRole} : Cell{}});
     }
     append(lines, "Its receivers:", slot->mReceivers.empty() ? "" : receivers.text());
-    Table chain({{"SLOT", Kind::eNumber}, {"STATE", Kind::eWord}, {"SENDER", Kind::eNumber}}, {});
+    Table chain({{"SLOT", ColumnKind::eNumber}, {"STATE", ColumnKind::eWord}, {"SENDER", ColumnKind::eNumber}}, {});
     for (const Channel::DataEntry& entry : slot->mChain.mEntries) {
         chain.addLine(
             {numberCell(entry.mIndex), Cell{slotStateWord(Channel::eSlotStateData)}, numberCell(entry.mSenderId)});

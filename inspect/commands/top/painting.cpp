@@ -34,7 +34,7 @@ void narrow(std::vector<std::size_t>& widths, const std::vector<Column>& columns
     while (needed > room) {
         std::size_t* widest = nullptr;
         for (std::size_t column = 0; column < widths.size(); ++column) {
-            const bool isText = columns[column].mKind == Kind::eText;
+            const bool isText = columns[column].mKind == ColumnKind::eText;
             if (isText && widths[column] > cNarrowest && (widest == nullptr || widths[column] > *widest)) {
                 widest = &widths[column];
             }
@@ -114,7 +114,7 @@ void TablePainter::paintHeadings(Screen& screen, std::size_t line, const TableVi
     std::string text;
     for (std::size_t column = 0; column < widths.size(); ++column) {
         if (widths[column] > 0) {
-            const bool isNumber = view.columns()[column].mKind == Kind::eNumber;
+            const bool isNumber = view.columns()[column].mKind == ColumnKind::eNumber;
             text += fitted(headingOf(view, column), widths[column], isNumber) + std::string(cGap, ' ');
         }
     }
@@ -143,7 +143,7 @@ void TablePainter::paint(Screen& screen, const Area& area, const TableView& view
                 const TableView::ShownCell& cell = line.mCells[column];
                 Style style = styleOf(cell.mColor, cell.mHasChanged);
                 style.mIsReversed = line.mIsChosen;
-                const bool isNumber = view.columns()[column].mKind == Kind::eNumber;
+                const bool isNumber = view.columns()[column].mKind == ColumnKind::eNumber;
                 screen.put(place, x, fitted(cell.mText, widths[column], isNumber), style);
                 x += widths[column] + cGap;
             }

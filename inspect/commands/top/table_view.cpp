@@ -19,9 +19,9 @@ struct SortKey
     auto operator<=>(const SortKey& other) const = default;
 };
 
-SortKey sortKey(Cell cell, Kind kind)
+SortKey sortKey(Cell cell, ColumnKind kind)
 {
-    if (kind != Kind::eNumber) {
+    if (kind != ColumnKind::eNumber) {
         return {0, std::move(cell.mBytes)};
     }
     SortKey key{-1, {}};
