@@ -25,7 +25,8 @@ TEST(PageData, OfNonsenseIsJsonThatCannotEndItsElement)
     state.mMessages.mSlots[1].mChain = {{{9, 1}, {8, 1}}, Channel::ChainEnd::eLoop, 9};
     state.mMessages.mSlots[1].mExternal = OxaZunic::OxaZunicRangeLocation(5, 6);
     const Subject subject{SubjectKind::eSlot, 7, "<"};
-    const Finding finding{"full", Severity::eError, subject, "\n", "Look."};
+    const FindingKind full{"full", Severity::eError, "", "", "", "Look."};
+    const Finding finding{&full, Severity::eError, subject, "\n"};
 
     const std::string text = pageData(state, {finding});
     EXPECT_TRUE(std::ranges::all_of(text, [](char c) { return c == '\n' || (c >= ' ' && c <= '~' && c != '<'); }));
@@ -33,7 +34,7 @@ TEST(PageData, OfNonsenseIsJsonThatCannotEndItsElement)
     EXPECT_EQ(data["state"]["channel"], state.mChannel);
     const Json& interfaces = data["interfaces"];
     EXPECT_EQ(interfaces["name"], Json({{255, 60}, "", ""}));
-    EXPECT_EQ(interfaces["type"]["words"], Json::parse(R"({"1":"stub","2":"skeleton"})"));
+    EXPECT_EQ(interfaces["type"]["words"], Json::parse(R"({"0":"undefined","1":"stub","2":"skeleton"})"));
     EXPECT_EQ(interfaces["type"]["values"], Json({4294967295, 1, 0}));
     EXPECT_EQ(interfaces["functions"], Json({{"\"", "\\"}, nullptr, nullptr}));
     EXPECT_EQ(interfaces["receivers"], Json({0, 1, 0}));
