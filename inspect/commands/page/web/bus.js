@@ -5,6 +5,9 @@ import { shown } from './names.js';
 
 const data = JSON.parse(document.getElementById('data').textContent);
 
+// What a saved state holds besides its records.
+export const { state: busState } = data;
+
 // A column holds a value for each row; or numbers, and the words that most of them stand for; or values for some rows
 // only. Returns the function that reads the value of a row.
 function reader(column) {
@@ -280,9 +283,3 @@ export const findings = data.findings.map(({ severity, code, about: { kind, id, 
   label: kind === 'bus' ? 'bus' : `${kind === 'memory' ? 'memory manager' : kind} ${id}`,
   name: shown(name || ''), evidence: shown(evidence), advice
 }));
-
-const taken = new Date(data.state.taken_at);
-export const bus = {
-  channel: shown(data.state.channel), boot: shown(data.state.boot_id), version: shown(data.state.program_version),
-  taken: Number.isNaN(taken.getTime()) ? null : taken
-};

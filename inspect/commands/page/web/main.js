@@ -3,9 +3,10 @@
 import {
   currentAddress, inItsView, link, ofView, readAddress, VIEWS, writeAddressSoon, writePendingAddress
 } from './address.js';
-import { addTo, bus, findings, interfaces, linkCount, processes, slots, storageSize, thingAt } from './bus.js';
+import { addTo, busState, findings, interfaces, linkCount, processes, slots, storageSize, thingAt } from './bus.js';
 import { showDetails, titleOf } from './details.js';
 import { badge, byId, countText, html, nameElement, numberText } from './drawing.js';
+import { shown } from './names.js';
 import { showNeighbourhood } from './neighbourhood.js';
 import { SlotMap } from './slot_map.js';
 import { TableView } from './table_view.js';
@@ -23,12 +24,15 @@ const slotMap = new SlotMap(slot => {
 let chosen = null;
 
 function showHead() {
-  document.title = `Bus ${bus.channel}`;
-  byId('channel').append(nameElement(bus.channel));
-  const taken = bus.taken ? html('time', { datetime: bus.taken.toISOString() },
-    bus.taken.toISOString().replace('T', ' ').replace('Z', ' UTC')) : '?';
+  const channel = shown(busState.channel);
+  document.title = `Bus ${channel}`;
+  byId('channel').append(nameElement(channel));
+  const time = new Date(busState.taken_at);
+  const taken = Number.isNaN(time.getTime()) ? '?' : html('time', { datetime: time.toISOString() },
+    time.toISOString().replace('T', ' ').replace('Z', ' UTC'));
   const rows = [
-    ['Taken', taken], ['Boot', nameElement(bus.boot || 'not to be known')], ['By', `zunic_inspect ${bus.version}`],
+    ['Taken', taken], ['Boot', nameElement(shown(busState.boot_id) || 'not to be known')],
+    ['By', `zunic_inspect ${shown(busState.program_version)}`],
     ['Holds', [countText(interfaces.length, 'interface'), countText(linkCount, 'link'), countText(processes.length, 'process', 'processes'),
       `${numberText(slots.length)} of ${countText(storageSize, 'slot')} in use`].join(', ')]
   ];
