@@ -43,6 +43,12 @@ TEST(DiffCommand, ComparesFilesAndTheLiveBusAndTellsByItsStatus)
     EXPECT_THAT(text.output, ContainsRegex("^\x1b\\[33m~ process clockd \\([0-9]+\\): living yes -> no\x1b\\[0m\n$"));
     EXPECT_EQ(text.status, eNo);
     EXPECT_EQ(inspect({"diff", first, second, "--ignore", "link,process"}).status, eYes);
+    const std::string elsewhere = directory / "elsewhere.json";
+    std::string state = TestSupport::readFile(second);
+    const std::size_t host = state.find("\"host\": \"") + 9;
+    const std::string here = state.substr(host, state.find('"', host) - host);
+    TestSupport::writeFile(elsewhere, state.replace(host, here.size(), "other\\u001b"));
+    EXPECT_EQ(inspect({"diff", second, elsewhere}).output, "# different machines: " + here + " and other\\x1b\n");
     const auto json = inspect({"diff", "--json", first, second});
     TestSupport::writeFile(directory / "diff.json", json.output);
     EXPECT_EQ(TestSupport::invalidity("bus_diff.schema.json", directory / "diff.json"), "");

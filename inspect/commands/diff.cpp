@@ -1,6 +1,7 @@
 #include "inspect/commands/diff.h"
 
 #include "inspect/changes/wording.h"
+#include "inspect/cli/printable.h"
 #include "inspect/commands/shared_options.h"
 #include "inspect/commands/source.h"
 
@@ -15,6 +16,14 @@ void writeText(std::ostream& out, const std::vector<Change>& changes, bool isCol
     for (const Change& change : changes) {
         const std::string line = lineOf(change);
         out << (isColored ? colored(line) : line) << '\n';
+    }
+}
+
+/// The first line, where the machine may be what differs rather than the bus.
+void writeHosts(std::ostream& out, const BusState& before, const BusState& now)
+{
+    if (before.mHost != now.mHost && !before.mHost.empty() && !now.mHost.empty()) {
+        out << "# different machines: " << printable(before.mHost) << " and " << printable(now.mHost) << '\n';
     }
 }
 
@@ -80,6 +89,7 @@ ExitStatus runDiff(const DiffOptions& options, std::ostream& out)
     if (options.mChanges.mJson) {
         writeJson(out, before, now, changes);
     } else {
+        writeHosts(out, before, now);
         writeText(out, changes, options.mChanges.mColors);
     }
     return changes.empty() ? eExitYes : eExitNo;

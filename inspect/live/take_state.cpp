@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fstream>
+#include <sys/utsname.h>
 #include <utility>
 
 namespace Inspect {
@@ -42,11 +43,18 @@ std::string bootId()
     return id;
 }
 
+std::string hostName()
+{
+    utsname names{};
+    return uname(&names) == 0 ? names.nodename : "";
+}
+
 /// Fills in when and where the state was taken, and by whom.
 void signState(const std::string& channel, BusState& state)
 {
     state.mTakenAt = wallTimeNow();
     state.mChannel = channel;
+    state.mHost = hostName();
     state.mBootId = bootId();
     state.mProgramVersion = ZUNIC_INSPECT_VERSION;
 }

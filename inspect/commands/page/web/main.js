@@ -31,7 +31,8 @@ function showHead() {
   const taken = Number.isNaN(time.getTime()) ? '?' : html('time', { datetime: time.toISOString() },
     time.toISOString().replace('T', ' ').replace('Z', ' UTC'));
   const rows = [
-    ['Taken', taken], ['Boot', nameElement(shown(busState.boot_id) || 'not to be known')],
+    ['Taken', taken], ['Machine', nameElement(shown(busState.host || '') || 'unknown')],
+    ['Boot', nameElement(shown(busState.boot_id) || 'not to be known')],
     ['By', `zunic_inspect ${shown(busState.program_version)}`],
     ['Holds', [countText(interfaces.length, 'interface'), countText(linkCount, 'link'), countText(processes.length, 'process', 'processes'),
       `${numberText(slots.length)} of ${countText(storageSize, 'slot')} in use`].join(', ')]
