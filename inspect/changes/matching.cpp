@@ -32,10 +32,9 @@ void pairByKey(Pairing& pairing, KeyBefore keyBefore, KeyNow keyNow)
     }
 }
 
-using Numbers = std::unordered_map<std::string, std::size_t>;
-
 /// A number for each name, role, domain and type, the same in both states.
-std::vector<std::size_t> numberIdentities(const std::vector<Interface>& interfaces, Numbers& numbers)
+std::vector<std::size_t> numberIdentities(const std::vector<Interface>& interfaces,
+                                          std::unordered_map<std::string, std::size_t>& numbers)
 {
     std::vector<std::size_t> identities;
     identities.reserve(interfaces.size());
@@ -144,56 +143,70 @@ void Matching::matchProcesses()
     pairByKey(mProcesses, keyIn(before, processesBefore, false), keyIn(now, processesNow, true));
 }
 
+Matching::Homes Matching::homesBefore(Numbers& numbers) const
+{
+    Homes homes;
+    for (const std::size_t identity : numberIdentities(mBefore.state().mInterfaces, numbers)) {
+        homes.emplace_back(identity, processOf(mBefore, homes.size()));
+    }
+    return homes;
+}
+
+/// A process is the one of before that it is, or a number beyond those.
+Matching::Homes Matching::homesNow(Numbers& numbers) const
+{
+    Homes homes;
+    for (const std::size_t identity : numberIdentities(mNow.state().mInterfaces, numbers)) {
+        const std::size_t owner = processOf(mNow, homes.size());
+        const std::size_t before = owner == cNobody ? cNobody : mProcesses.mBeforeOf[owner];
+        homes.emplace_back(identity, owner != cNobody && before == cNobody ? mProcesses.mNowOf.size() + owner : before);
+    }
+    return homes;
+}
+
 void Matching::matchInterfaces()
 {
     Numbers numbers;
     const std::vector<Interface>& allBefore = mBefore.state().mInterfaces;
     const std::vector<Interface>& allNow = mNow.state().mInterfaces;
-    const auto identitiesBefore = numberIdentities(allBefore, numbers);
-    const auto identitiesNow = numberIdentities(allNow, numbers);
-    const auto ownerBefore = [&](std::size_t i) { return processOf(mBefore, i); };
-    const auto ownerNow = [&](std::size_t i) { // As a process of before, or a number beyond those.
-        const std::size_t owner = processOf(mNow, i);
-        const std::size_t before = owner == cNobody ? cNobody : mProcesses.mBeforeOf[owner];
-        return owner != cNobody && before == cNobody ? mProcesses.mNowOf.size() + owner : before;
-    };
-    const auto inProcessBefore = [&](std::size_t i) {
-        return std::optional(std::pair(identitiesBefore[i], ownerBefore(i)));
-    };
-    const auto inProcessNow = [&](std::size_t i) { return std::optional(std::pair(identitiesNow[i], ownerNow(i))); };
+    const Homes before = homesBefore(numbers);
+    const Homes now = homesNow(numbers);
     // Ids mean something as long as nobody gave new ones.
     const auto idBefore = [&](std::size_t i) {
         const std::size_t owner = processOf(mBefore, i);
         const std::size_t ownerThen = owner == cNobody ? cNobody : mProcesses.mNowOf[owner];
         const bool isKept = owner == cNobody || (ownerThen != cNobody && isSameRun(owner, ownerThen));
-        return isKept ? std::optional(std::pair(inProcessBefore(i), allBefore[i].mId)) : std::nullopt;
+        return isKept ? std::optional(std::pair(before[i], allBefore[i].mId)) : std::nullopt;
     };
-    pairByKey(mInterfaces, idBefore,
-              [&](std::size_t i) { return std::optional(std::pair(inProcessNow(i), allNow[i].mId)); });
+    pairByKey(mInterfaces, idBefore, [&](std::size_t i) { return std::optional(std::pair(now[i], allNow[i].mId)); });
     pairByKey(
-        mInterfaces,
-        [&](std::size_t i) { return std::optional(std::pair(inProcessBefore(i), traitsOf(allBefore[i]))); },
-        [&](std::size_t i) { return std::optional(std::pair(inProcessNow(i), traitsOf(allNow[i]))); });
-    pairByKey(mInterfaces, inProcessBefore, inProcessNow);
+        mInterfaces, [&](std::size_t i) { return std::optional(std::pair(before[i], traitsOf(allBefore[i]))); },
+        [&](std::size_t i) { return std::optional(std::pair(now[i], traitsOf(allNow[i]))); });
+    pairByKey(
+        mInterfaces, [&](std::size_t i) { return std::optional(before[i]); },
+        [&](std::size_t i) { return std::optional(now[i]); });
     const Pairing stayed = mInterfaces;
     pairByKey(
-        mInterfaces, [&](std::size_t i) { return std::optional(identitiesBefore[i]); },
-        [&](std::size_t i) { return std::optional(identitiesNow[i]); });
+        mInterfaces, [&](std::size_t i) { return std::optional(before[i].first); },
+        [&](std::size_t i) { return std::optional(now[i].first); });
+    classify(before, now, stayed);
+}
 
-    std::map<std::pair<std::size_t, std::size_t>, std::size_t> classes;
-    const auto classOf = [&](const auto& key) {
-        const auto [place, isNew] = classes.try_emplace(*key, mClassCount);
+void Matching::classify(const Homes& before, const Homes& now, const Pairing& stayed)
+{
+    std::map<Homes::value_type, std::size_t> classes;
+    const auto classOf = [&](const Homes::value_type& home) {
+        const auto [place, isNew] = classes.try_emplace(home, mClassCount);
         mClassCount += isNew;
         return place->second;
     };
-    mClassesNow.resize(allNow.size());
-    for (std::size_t i = 0; i < mClassesNow.size(); ++i) {
+    for (std::size_t i = 0; i < now.size(); ++i) {
         const bool hasMoved = mInterfaces.mBeforeOf[i] != stayed.mBeforeOf[i];
-        mClassesNow[i] = hasMoved ? mClassCount++ : classOf(inProcessNow(i));
+        mClassesNow.push_back(hasMoved ? mClassCount++ : classOf(now[i]));
     }
-    for (std::size_t i = 0; i < mInterfaces.mNowOf.size(); ++i) {
+    for (std::size_t i = 0; i < before.size(); ++i) {
         const bool hasMoved = mInterfaces.mNowOf[i] != stayed.mNowOf[i];
-        mClassesBefore.push_back(hasMoved ? mClassesNow[mInterfaces.mNowOf[i]] : classOf(inProcessBefore(i)));
+        mClassesBefore.push_back(hasMoved ? mClassesNow[mInterfaces.mNowOf[i]] : classOf(before[i]));
     }
 }
 

@@ -5,6 +5,9 @@
 
 #include <cstddef>
 #include <limits>
+#include <string>
+#include <unordered_map>
+#include <utility>
 #include <vector>
 
 // Who of one state is who in another one. Ids change with every start, and say nothing by themselves.
@@ -49,8 +52,16 @@ public:
     bool isSameRun(std::size_t before, std::size_t now) const;
 
 private:
+    using Numbers = std::unordered_map<std::string, std::size_t>;
+    /// Of each interface: the number of its name, role, domain and type, and its process.
+    using Homes = std::vector<std::pair<std::size_t, std::size_t>>;
+
     void matchProcesses();
     void matchInterfaces();
+    Homes homesBefore(Numbers& numbers) const;
+    Homes homesNow(Numbers& numbers) const;
+    /// `stayed` are the pairs that are still in the same process.
+    void classify(const Homes& before, const Homes& now, const Pairing& stayed);
 };
 
 } // namespace Inspect
