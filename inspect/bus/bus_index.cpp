@@ -10,8 +10,6 @@ namespace Inspect {
 
 namespace {
 
-constexpr std::size_t cIds = std::size_t{1} << 16; ///< that an interface can have
-
 /// The part, made when it is missing.
 template <typename Part, typename Make>
 const Part& made(std::optional<Part>& part, Make make)
@@ -57,27 +55,25 @@ BusIndex::Services::Services(const BusState& state)
     }
 }
 
+void BusIndex::makePlaces() const
+{
+    const std::vector<Interface>& all = mState.mInterfaces;
+    for (std::size_t place = all.size(); place-- > 0;) {
+        const std::size_t id = all[place].mId;
+        mPlaces.resize(std::max(mPlaces.size(), id + 1), all.size());
+        mPlaces[id] = place;
+    }
+}
+
 std::span<const Interface> BusIndex::interfacesWithId(std::uint16_t id) const
 {
     const std::vector<Interface>& all = mState.mInterfaces;
-    if (mPlaces.empty()) {
-        mPlaces.resize(cIds, all.size());
-        for (std::size_t place = all.size(); place-- > 0;) {
-            mPlaces[all[place].mId] = place;
-        }
-    }
-    const std::size_t first = mPlaces[id];
+    const std::size_t first = firstPlaceOf(id);
     std::size_t end = first;
     while (end < all.size() && all[end].mId == id) {
         ++end;
     }
     return std::span(all).subspan(first, end - first);
-}
-
-const Interface* BusIndex::interfaceWithId(std::uint16_t id) const
-{
-    const auto found = interfacesWithId(id);
-    return found.empty() ? nullptr : &found.front();
 }
 
 const Interface* BusIndex::sameAs(const Interface& other) const

@@ -57,7 +57,11 @@ public:
     /// Those of that id: none, one or, on a damaged bus, several.
     std::span<const Interface> interfacesWithId(std::uint16_t id) const;
     /// The first of them; null when there is none.
-    const Interface* interfaceWithId(std::uint16_t id) const;
+    const Interface* interfaceWithId(std::uint16_t id) const
+    {
+        const std::size_t place = firstPlaceOf(id);
+        return place < mState.mInterfaces.size() ? &mState.mInterfaces[place] : nullptr;
+    }
     /// The interface that is the same one as that of another state: id, names and type; null when there is none.
     const Interface* sameAs(const Interface& other) const;
     /// Those whose receiver set names that id, in the order of the state.
@@ -110,11 +114,20 @@ private:
     using Communicators = std::unordered_map<std::uint16_t, const Communicator*>;
     using Holders = std::unordered_map<std::uint16_t, Interfaces>;
 
+    /// Past the end when there is none. In the header, because it is called for every link.
+    std::size_t firstPlaceOf(std::uint16_t id) const
+    {
+        if (mPlaces.empty()) {
+            makePlaces();
+        }
+        return id < mPlaces.size() ? mPlaces[id] : mState.mInterfaces.size();
+    }
+    void makePlaces() const;
     const Processes& processTable() const;
     const Services& serviceTable() const;
 
     const BusState& mState;
-    mutable std::vector<std::size_t> mPlaces;            ///< of the first interface of each id there can be
+    mutable std::vector<std::size_t> mPlaces;            ///< of the first interface of each id up to the highest
     mutable std::optional<Communicators> mCommunicators; ///< by id
     mutable std::optional<Holders> mHolders;             ///< by receiver
     mutable std::optional<Processes> mProcesses;
