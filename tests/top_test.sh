@@ -108,12 +108,12 @@ sees '*Tuner *skeleton*used by*Tuner *Dashboard*Esc close*'
 escape '*interfaces 2/2*'
 escape '*interfaces 12/12*'
 keys h
-sees '*pause, and go on*Columns of interfaces:*'
+sees '*pause or continue*Columns of interfaces:*'
 keys h 1 Enter
-sees '*APP            clockd*Its interfaces:*Clock*'
+sees '*APP            clockd*Interfaces:*Clock*'
 escape '*processes 1/6*'
 keys 4 Down Down Enter
-sees '*written*Its receivers:*Route*Dashboard*Its chain:*3 data*5 data*'
+sees '*written*Receivers:*Route*Dashboard*Chain:*3 data*5 data*'
 escape '*messages 3/14*'
 
 # Keys that come at once, before a look has filled the table.
@@ -152,7 +152,7 @@ sees '*processes *findings:*+PID*processes 1/6*'
 keys 2 Right Right
 sees '*+ID*DOMAIN*interfaces*'
 size 30 8
-sees 'needs 40 x 10*'
+sees 'needs at least 40 x 10*'
 size 100 30
 sees '*slots 32*interfaces*Enter open*'
 
