@@ -37,19 +37,18 @@ std::optional<Options> readOptions(int argumentCount, char** arguments)
 {
     Options options;
     std::string groupName;
-    CLI::App app("Hosts a Zunic channel with real processes, as described in a scenario file, until it is stopped.",
-                 "zunic_demo_bus");
+    CLI::App app("Hosts a Zunic channel with real processes, as described in a scenario file.", "zunic_demo_bus");
     app.option_defaults()->take_last();
     app.add_option("scenario", options.scenarioFile, "Scenario file (JSON; default: a small bus)")
         ->type_name("SCENARIO.json")
         ->multi_option_policy(CLI::MultiOptionPolicy::Throw);
     app.add_option("--channel", options.channel, "Name of the channel (default: as in the scenario)")
         ->type_name("NAME");
-    app.add_option("--group", groupName, "Name or id of a group whose members may also open the channel")
-        ->type_name("GROUP");
+    app.add_option("--group", groupName, "Group whose members may also open the channel")->type_name("GROUP");
     app.add_option("--churn", options.churnRate,
-                   "Let each process register, connect, post and remove again and again,\n"
-                   "this many times per second (0: as fast as possible)")
+                   "Let each process register, connect, post and\n"
+                   "remove again and again, RATE times per second\n"
+                   "(0: as fast as possible)")
         ->check(CLI::Range(0, 1'000'000))
         ->type_name("RATE");
     app.add_flag("--check", options.checkOnly, "Check the scenario and exit");

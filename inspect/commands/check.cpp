@@ -183,10 +183,10 @@ void explain(const FindingKind& kind, std::ostream& out)
 }
 
 const Command cCheckCommand{"check", "Check a bus for problems",
-                            "  zunic_inspect check                            two looks, two seconds apart\n"
-                            "  zunic_inspect check --fail-on warning --again 0 one look; warnings fail, for CI\n"
+                            "  zunic_inspect check                             two looks, two seconds apart\n"
+                            "  zunic_inspect check --fail-on warning --again 0 one look; warnings fail\n"
                             "  zunic_inspect check --expect contract.json      also check against a contract\n"
-                            "  zunic_inspect check --from a.json --from b.json two saved states as the two looks\n"
+                            "  zunic_inspect check --from a.json --from b.json two saved states\n"
                             "  zunic_inspect check --explain stuck-slot        explain a finding\n",
                             addCheckOptions};
 

@@ -60,8 +60,8 @@ Run addDiffOptions(CLI::App& part)
     part.get_option("A")->required();
     addChannelOption(part, options->mChannel)->excludes(part.get_option("B"));
     addChangeOptions(part, options->mChanges, "Print one JSON document instead of lines");
-    part.footer("+ marks what was added, - what was removed, ~ what changed or was restarted (the same name and place\n"
-                "with another id).\n\n"
+    part.footer("+ marks what was added, - what was removed, ~ what changed or was restarted\n"
+                "(the same name and place with another id).\n\n"
                 "The exit status is 0 if nothing differs and 1 if something does.");
     return [options](std::ostream& out) {
         if (options->mBefore == "-" && options->mNow == "-") {
@@ -106,7 +106,7 @@ void addChangeOptions(CLI::App& part, ChangeOptions& options, const char* jsonMe
         }
     };
     part.add_option_function<std::vector<std::string>>(
-            "--ignore", ignore, "Ignore process, interface, link, memory or messages; separate several with commas")
+            "--ignore", ignore, "Ignore process, interface, link, memory or messages (comma-separated)")
         ->check(CLI::IsMember(words).description(""))
         ->delimiter(',')
         ->allow_extra_args(false)
@@ -117,7 +117,7 @@ void addChangeOptions(CLI::App& part, ChangeOptions& options, const char* jsonMe
 }
 
 const Command cDiffCommand{"diff", "Show the differences between two states of a bus",
-                           "  zunic_inspect diff monday.json               changes on the channel OXABus since then\n"
+                           "  zunic_inspect diff monday.json               changes since then\n"
                            "  zunic_inspect diff monday.json tuesday.json  changes between two saved states\n"
                            "  zunic_inspect diff good.json --ignore messages,memory && echo unchanged\n",
                            addDiffOptions};

@@ -48,10 +48,10 @@ Run addSaveOptions(CLI::App& part)
 
 } // namespace
 
-const Command cSaveCommand{
-    "save", "Save the state of a bus to a file",
-    "  zunic_inspect save bus.json                  read it later with --from bus.json\n"
-    "  zunic_inspect save - | gzip >bus.json.gz     read it with zcat bus.json.gz | zunic_inspect list --from -\n",
-    addSaveOptions};
+const Command cSaveCommand{"save", "Save the state of a bus to a file",
+                           "  zunic_inspect save bus.json                    read it with --from bus.json\n"
+                           "  zunic_inspect save - | gzip >bus.json.gz\n"
+                           "  zcat bus.json.gz | zunic_inspect list --from - read a compressed state\n",
+                           addSaveOptions};
 
 } // namespace Inspect

@@ -59,7 +59,8 @@ Run addWaitOptions(CLI::App& part)
             "Give up after this time: 10s, 500ms, 2m, 1h or none (default: 30s)")
         ->type_name("TIME");
     addFilterOptions(part, options->mFilter);
-    part.footer("An interface counts as present if it is registered (see --state) and matches the filters.");
+    part.footer("An interface counts as present if it is registered (see --state) and matches the\n"
+                "filters.");
     return [options](std::ostream&) { return runWait(*options); };
 }
 
@@ -86,11 +87,10 @@ ExitStatus runWait(const WaitOptions& options)
     }
 }
 
-const Command cWaitCommand{
-    "wait", "Wait until interfaces are registered or gone",
-    "  zunic_inspect wait Clock --type skeleton     until Clock is provided\n"
-    "  zunic_inspect wait Clock Audio --timeout 2m  until both are present, at most two minutes\n"
-    "  zunic_inspect wait Clock --gone --app clockd until clockd no longer has it\n",
-    addWaitOptions};
+const Command cWaitCommand{"wait", "Wait until interfaces are registered or gone",
+                           "  zunic_inspect wait Clock --type skeleton     until Clock is provided\n"
+                           "  zunic_inspect wait Clock Audio --timeout 2m  until both are present\n"
+                           "  zunic_inspect wait Clock --gone --app clockd until clockd no longer has it\n",
+                           addWaitOptions};
 
 } // namespace Inspect

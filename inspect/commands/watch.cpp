@@ -236,8 +236,9 @@ Run addWatchOptions(CLI::App& part)
             "Exit with status 0 as soon as check would report this finding")
         ->type_name("CODE");
     addChangeOptions(part, options->mChanges, "Print one JSON object per line");
-    part.footer("Lines are those of diff, each with the time of its look in UTC. Ctrl-C exits with status 0.\n"
-                "With --until, the status is 3 if --for elapses before the finding appears.");
+    part.footer("Lines are those of diff, each with the time of its look in UTC. Ctrl-C exits\n"
+                "with status 0. With --until, the status is 3 if --for elapses before the\n"
+                "finding appears.");
     return [options](std::ostream& out) { return runWatch(*options, out); };
 }
 
@@ -269,7 +270,7 @@ ExitStatus runWatch(const WatchOptions& options, std::ostream& out)
 const Command cWatchCommand{"watch", "Print the changes of a bus as they happen",
                             "  zunic_inspect watch                          changes on the channel OXABus\n"
                             "  zunic_inspect watch --ignore link --for 30s  without links, for 30 seconds\n"
-                            "  zunic_inspect watch --until dead-process     until a registered process has died\n"
+                            "  zunic_inspect watch --until dead-process     until a process has died\n"
                             "  zunic_inspect watch --json | jq --unbuffered -c 'select(.kind == \"process\")'\n",
                             addWatchOptions};
 

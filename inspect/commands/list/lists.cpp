@@ -69,7 +69,7 @@ const std::vector<Column> cInterfaceColumns{
     column(&Interface::mDomain, "its domain"),
     column(&Interface::mType, "skeleton (provides it) or stub (uses it)"),
     column(&Interface::mVersion, "its version"),
-    column(&Interface::mState, "registered, or preregistered: required, but not registered yet"),
+    column(&Interface::mState, "registered or preregistered (required, not registered yet)"),
     column("COMM", "id of its communicator", ColumnKind::eNumber, communicatorIdCell, Shown::eOnRequest),
     column("FUNCTIONS", "number of its functions", ColumnKind::eNumber, functionCountCell, Shown::eOnRequest,
            cFunctions),
@@ -207,7 +207,7 @@ std::vector<ListRow> messageRows(const BusIndex& index, const InterfaceFilter& /
 
 const std::vector<Column> cMessageColumns{
     column(&Slot::mIndex, "index of the slot"),
-    column(&Slot::mState, "reserved, written (being filled), message (ready to be read) or data (part of a chain)"),
+    column(&Slot::mState, "reserved, written (being filled), message or data"),
     column(&Slot::mWriterCounter, "writer counter"),
     column(&Slot::mUserDataSize, "size of the user data"),
     column(&Slot::mSenderId, "id of the sending interface"),

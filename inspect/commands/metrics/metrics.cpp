@@ -170,8 +170,9 @@ Run addMetricsOptions(CLI::App& part)
                     "Write to this file, readable by everyone, instead of standard output")
         ->type_name("FILE")
         ->check(complaintAboutFile, "");
-    part.footer("The file is replaced atomically. If the channel cannot be read, it contains zunic_up 0, and the exit\n"
-                "status is 4. Findings that show only over time need the second look.");
+    part.footer("The format is OpenMetrics text. If the channel cannot be read, zunic_up is 0,\n"
+                "and the exit status is 4. The file is replaced atomically. Findings that\n"
+                "show only over time need the second look.");
     return [options](std::ostream& out) { return runMetrics(*options, out); };
 }
 
@@ -212,12 +213,11 @@ ExitStatus runMetrics(const MetricsOptions& options, std::ostream& out)
     }
 }
 
-const Command cMetricsCommand{
-    "metrics", "Print metrics of a bus as OpenMetrics text, for Prometheus",
-    "  zunic_inspect metrics                           two looks, two seconds apart\n"
-    "  zunic_inspect metrics --again 0                 one look, without findings that need two\n"
-    "  zunic_inspect metrics --output /var/lib/prometheus/node-exporter/zunic.prom\n"
-    "                                                  for the node exporter, from cron every minute\n",
-    addMetricsOptions};
+const Command cMetricsCommand{"metrics", "Print metrics of a bus for Prometheus",
+                              "  zunic_inspect metrics                           two looks, two seconds apart\n"
+                              "  zunic_inspect metrics --again 0                 one look\n"
+                              "  zunic_inspect metrics --output /var/lib/prometheus/node-exporter/zunic.prom\n"
+                              "                                                  for the node exporter, by cron\n",
+                              addMetricsOptions};
 
 } // namespace Inspect

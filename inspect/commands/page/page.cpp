@@ -37,7 +37,8 @@ Run addPageOptions(CLI::App& part)
         ->type_name("FILE")
         ->multi_option_policy(CLI::MultiOptionPolicy::Throw);
     addSourceOptions(part, options->mSource);
-    part.footer("The page needs no network and no other file. It is replaced atomically. Only its owner may read it.");
+    part.footer("The page needs no network and no other file. It is replaced atomically, and only\n"
+                "its owner may read it.");
     return [options](std::ostream& out) { return runPage(*options, out); };
 }
 

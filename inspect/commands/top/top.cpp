@@ -33,7 +33,7 @@ Run addTopOptions(CLI::App& part)
 
 const Command cTopCommand{"top", "Follow a bus on the full screen",
                           "  zunic_inspect top                            the channel OXABus\n"
-                          "  zunic_inspect top -c other --interval 5s     another channel, every five seconds\n",
+                          "  zunic_inspect top -c other --interval 5s     another channel, every 5 seconds\n",
                           addTopOptions};
 
 } // namespace Inspect

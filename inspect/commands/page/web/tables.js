@@ -139,7 +139,7 @@ const interfaceTable = new Table('Interfaces', interfaces, [
   new NumberColumn('providers', 'Providers', face => face.providers.length),
   new NumberColumn('users', 'Users', face => face.receivers.ids.length),
   new IdColumn('communicator', 'Communicator', face => face.communicator, { isHidden: true })
-], { one: 'interface', hint: 'Rows contain all words; type:stub, app:nav or pid:1234 searches one column.' });
+], { one: 'interface', hint: 'Finds rows that contain all words; type:stub, app:nav or pid:1234 searches one column.' });
 
 export const startedText = ({ started }) => started === null ? '' : (started / 1000).toFixed(2);
 
@@ -151,7 +151,7 @@ const processTable = new Table('Processes', processes, [
   new NumberColumn('provides', 'Provides', process => process.registered('skeleton')),
   new NumberColumn('uses', 'Uses', process => process.registered('stub')),
   new Column('communicators', 'Communicators', process => process.communicators.map(one => one.id).join(' '))
-], { one: 'process', many: 'processes', hint: 'Rows contain all words; living:no searches one column.' });
+], { one: 'process', many: 'processes', hint: 'Finds rows that contain all words; living:no searches one column.' });
 
 const shareText = ({ share }) => share === null ? '' : `${Math.round(share * 100)} %`;
 
@@ -197,6 +197,6 @@ const messageTable = new Table('Messages', slots, [
   new Column('external', 'External', slot => slot.external ? slot.external.join('/') : ''),
   new Column('fault', 'Fault', slot => slot.fault, { isBadge: true, cell: slot => slot.fault && badge(slot.fault, 'error') })
 ], { one: 'message slot', related: interfaceTable,
-  hint: 'Rows contain all words; sender:3, to:5 or state:data searches one column.' });
+  hint: 'Finds rows that contain all words; sender:3, to:5 or state:data searches one column.' });
 
 export const tables = { interfaces: interfaceTable, processes: processTable, memory: memoryTable, messages: messageTable };
