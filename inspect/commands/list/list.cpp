@@ -133,7 +133,7 @@ Run addListOptions(CLI::App& part)
 const Command cListCommand{"list", "List interfaces, processes, memory or messages",
                            "  zunic_inspect list                           interfaces on the channel OXABus\n"
                            "  zunic_inspect list --name Clock -o ROLE,APP  providers and users of Clock\n"
-                           "  zunic_inspect list --type stub --app 'nav*'  interfaces that nav* applications use\n"
+                           "  zunic_inspect list --type stub --app 'nav*'  interfaces that nav* uses\n"
                            "  zunic_inspect list processes -c other        processes on another channel\n"
                            "  zunic_inspect list messages --from bus.json  messages of a saved state\n",
                            addListOptions};
