@@ -129,7 +129,7 @@ TEST(BusState, MistakesAreToldInOneLineWithTheirPlace)
         {with("[4,7]", "[4,1e999]"), "not JSON: number overflow"},
         {with("[4,7]", "[-4]"), "/interfaces/1/receivers/0: expected a whole number"},
         {with("\"id\":0", "\"id\":0.5"), "/interfaces/1/id: expected a whole number"},
-        {with("\"invalid\"", "\"gone\""), "/interfaces/1/state: expected a word"},
+        {with("\"invalid\"", "\"gone\""), "/interfaces/1/state: expected one of the values"},
         {with("\"taken_at\"", "\"taken\""), "expected a member \"taken_at\""},
         {std::string(1'000'000, '['), "line 1, column 33: nested deeper than 32 levels"},
     };
