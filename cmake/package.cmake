@@ -6,7 +6,7 @@ install(FILES cmake/debian/copyright DESTINATION share/doc/zunic-enquirer)
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME zunic-enquirer)
 set(CPACK_PACKAGE_CONTACT "zunic_enquirer maintainers <maintainers@zunic-enquirer.example>")
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "look into a Zunic bus that is in use")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "query, report on and inspect a Zunic bus that is in use")
 set(CPACK_PACKAGE_DESCRIPTION
 "Shows which interfaces are registered on a Zunic channel, by which processes,
 how they are connected, and what lies in the message storage. Answers scripts

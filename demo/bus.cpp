@@ -117,7 +117,7 @@ void Bus::run()
             mSignals->waitForChild();
         }
     } catch (const StopRequested&) {
-        // Everything is taken down by whoever destroys the bus.
+        // The destructor of the bus takes everything down.
     }
 }
 

@@ -85,7 +85,7 @@ InterfaceSet InterfaceReferences::connectable(const JsonPlace& place, const Plac
     const InterfaceSet others = ids & ~mConnectable;
     if (others.any()) {
         place.fail("expected registered interfaces of this scenario, but " + std::to_string(idsOf(others).front()) +
-                   " is none of them");
+                   " is not one of them");
     }
     return ids;
 }

@@ -15,7 +15,7 @@ void LineChannel::send(const std::string& line)
         // Without MSG_NOSIGNAL the end of the other side would end this one too.
         const ssize_t written = ::send(descriptor(), bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
         if (written < 0 && errno != EINTR) {
-            throw std::system_error(errno, std::generic_category(), "cannot reach the other process");
+            throw std::system_error(errno, std::generic_category(), "cannot write to the other process");
         }
         sent += written < 0 ? 0 : static_cast<std::size_t>(written);
     }
@@ -31,7 +31,7 @@ std::optional<std::string> LineChannel::receive()
             return std::nullopt;
         }
         if (length < 0 && errno != EINTR) {
-            throw std::system_error(errno, std::generic_category(), "cannot hear the other process");
+            throw std::system_error(errno, std::generic_category(), "cannot read from the other process");
         }
         const std::size_t before = mReceived.size();
         mReceived.append(buffer.data(), length < 0 ? 0 : static_cast<std::size_t>(length));

@@ -33,7 +33,7 @@ private:
 std::uint16_t readMemoryManagerIndex(const JsonPlace& place, const Scenario& scenario)
 {
     if (scenario.memoryManagers.empty()) {
-        place.fail("expected memoryManagers in the scenario, for this names one of them");
+        place.fail("expected memoryManagers in the scenario: this entry refers to one of them");
     }
     return static_cast<std::uint16_t>(place.unsignedWithin({0, scenario.memoryManagers.size() - 1}));
 }
@@ -101,12 +101,12 @@ void MessageReader::readData(const JsonPlace& place, MessageEntry& entry) const
                                                    {"message", ChainEnd::message},
                                                    {"loop", ChainEnd::loop}});
         if (entry.chainEnd == ChainEnd::loop && entry.dataEntries == 0) {
-            end->fail("expected at least one of dataEntries for a chain that leads back to its first one");
+            end->fail("expected at least one data entry for a chain that loops");
         }
     }
     if (const std::optional<JsonPlace> external = place.find("external")) {
         if (entry.dataEntries != 0 || entry.chainEnd != ChainEnd::none) {
-            external->fail("expected no dataEntries and no chainEnd beside an external data entry");
+            external->fail("expected neither dataEntries nor chainEnd with an external data entry");
         }
         entry.external = readMemoryManagerIndex(*external, *mScenario);
     }

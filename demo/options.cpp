@@ -20,7 +20,7 @@ gid_t findGroup(const std::string& nameOrId)
     }
     const group* const found = getgrnam(nameOrId.c_str());
     if (found == nullptr) {
-        throw UsageMistake("--group: expected the name or the id of a group, not " + nameOrId);
+        throw UsageMistake("--group: expected the name or id of a group, not " + nameOrId);
     }
     return found->gr_gid;
 }
@@ -37,21 +37,21 @@ std::optional<Options> readOptions(int argumentCount, char** arguments)
 {
     Options options;
     std::string groupName;
-    CLI::App app("Hosts a Zunic channel with real processes on it, as a scenario file says, until it is stopped.",
-                 "zunic_demo_bus");
+    CLI::App app("Hosts a Zunic channel with real processes, as described in a scenario file.", "zunic_demo_bus");
     app.option_defaults()->take_last();
-    app.add_option("scenario", options.scenarioFile, "the scenario file (JSON); without one, a small bus")
+    app.add_option("scenario", options.scenarioFile, "Scenario file (JSON; default: a small bus)")
         ->type_name("SCENARIO.json")
         ->multi_option_policy(CLI::MultiOptionPolicy::Throw);
-    app.add_option("--channel", options.channel, "name of the channel, in place of the scenario's")->type_name("NAME");
-    app.add_option("--group", groupName, "name or id of a group whose members may open the channel too")
-        ->type_name("GROUP");
+    app.add_option("--channel", options.channel, "Name of the channel (default: as in the scenario)")
+        ->type_name("NAME");
+    app.add_option("--group", groupName, "Group whose members may also open the channel")->type_name("GROUP");
     app.add_option("--churn", options.churnRate,
-                   "every process keeps registering, connecting, posting and taking back,\nso many rounds a second; "
-                   "0: as fast as it can")
+                   "Let each process register, connect, post and\n"
+                   "remove again and again, RATE times per second\n"
+                   "(0: as fast as possible)")
         ->check(CLI::Range(0, 1'000'000))
         ->type_name("RATE");
-    app.add_flag("--check", options.checkOnly, "read the scenario and say whether it is sound, nothing more");
+    app.add_flag("--check", options.checkOnly, "Check the scenario and exit");
     try {
         app.parse(argumentCount, arguments);
     } catch (const CLI::CallForHelp& help) {

@@ -85,7 +85,7 @@ bool isSocket(int descriptor)
 int main(int argumentCount, char** arguments)
 {
     if (argumentCount != 2 || !isSocket(STDIN_FILENO)) {
-        std::fputs("This program is one process of a demo bus; zunic_demo_bus starts it.\n", stderr);
+        std::fputs("This program is a process of a demo bus and is started by zunic_demo_bus.\n", stderr);
         return EXIT_FAILURE;
     }
     LineChannel host{Descriptor(STDIN_FILENO)};

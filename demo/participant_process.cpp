@@ -80,7 +80,7 @@ void ParticipantProcess::registerAll(const ProcessEntry& process, const StopSign
     try {
         mConnection.send(describeProcess(process));
     } catch (const std::system_error&) {
-        // It has ended; what it said last tells more.
+        // It has ended; its last message explains more.
     }
     signals.waitForInput(mConnection.descriptor());
     const std::optional<std::string> answer = mConnection.receive();

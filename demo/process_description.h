@@ -7,7 +7,7 @@
 
 namespace ZunicDemo {
 
-// How the host tells a participant what to register: one line of JSON without line feed.
+// What a participant registers, as the host sends it: one line of JSON without line feed.
 
 std::string describeProcess(const ProcessEntry& process);
 

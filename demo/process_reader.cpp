@@ -63,7 +63,7 @@ public:
                        std::to_string(id));
         }
         if (const auto [taken, isNew] = mOwners.emplace(id, place); !isNew) {
-            place.fail("expected an id of its own, but " + std::to_string(id) + " is that of " +
+            place.fail("expected an unused id, but " + std::to_string(id) + " belongs to " +
                        pathText(taken->second.pointer()));
         }
         mNext = id + 1;

@@ -12,7 +12,7 @@ fs::path findProgramFile(const fs::path& name, const fs::path& folder)
             return fs::canonical(place);
         }
     }
-    throw fs::filesystem_error("cannot find a file of the program", here / name,
+    throw fs::filesystem_error("cannot find a file of this program", here / name,
                                std::make_error_code(std::errc::no_such_file_or_directory));
 }
 

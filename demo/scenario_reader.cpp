@@ -33,7 +33,7 @@ std::string readChannelName(const JsonPlace& root)
     }
     std::string name = readText(*place, {}, cLongestChannelName);
     if (name.empty() || name.find('/') != std::string::npos) {
-        place->expected("a name without slash that is not empty");
+        place->expected("a non-empty name without a slash");
     }
     return name;
 }

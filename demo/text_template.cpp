@@ -20,7 +20,7 @@ std::uint64_t takeOperand(std::string_view& rest, char sign, std::uint64_t absen
     std::uint64_t number = 0;
     const auto [end, error] = std::from_chars(rest.data() + 1, rest.data() + rest.size(), number);
     if (error != std::errc{} || number > cLargestOperand) {
-        throw std::invalid_argument("a placeholder with an operand that is no number up to 65535");
+        throw std::invalid_argument("a placeholder whose operand is not a number up to 65535");
     }
     rest.remove_prefix(static_cast<std::size_t>(end - rest.data()));
     return number;
@@ -37,7 +37,7 @@ std::uint64_t evaluate(std::string_view placeholder, const PlaceholderNumbers& n
     const std::uint64_t factor = takeOperand(rest, '*', 1);
     const std::uint64_t summand = takeOperand(rest, '+', 0);
     if (!rest.empty()) {
-        throw std::invalid_argument("a placeholder that is not like {n*16+15}");
+        throw std::invalid_argument("a placeholder that is not of the form {n*16+15}");
     }
     return found->second * factor + summand;
 }

@@ -20,12 +20,12 @@ enum ExitStatus : int
 
 /// What each of them means, by its number; --help prints it.
 inline constexpr std::array cExitStatusMeanings{
-    "yes; done",
-    "no: nothing fits, or it is still there; a finding, a difference",
-    "the command line cannot be read, or the program itself failed",
-    "time is up",
-    "no usable channel, or its mutex could not be taken",
-    "no saved state (or contract) in that file: missing, cut short, or something else",
+    "success; yes",
+    "no: no match, still present, a finding, a difference",
+    "wrong usage, or the program failed",
+    "timeout",
+    "no usable channel, or its mutex could not be locked",
+    "the file is missing, truncated, or not a saved state or contract",
 };
 
 /// Ends the command with this exit status; `what` is the complaint, in one line.

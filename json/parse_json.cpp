@@ -34,7 +34,7 @@ Json parseJson(std::string_view text)
     try {
         return Json::parse(text);
     } catch (const Json::exception& error) {
-        throw Unparsable(offsetOf(text, cNowhere), "no JSON: " + reasonOf(error));
+        throw Unparsable(offsetOf(text, cNowhere), "not JSON: " + reasonOf(error));
     }
 }
 

@@ -94,7 +94,7 @@ TEST(Inspect, AnswersByFiltersColumnsAndStatus)
     EXPECT_EQ(list({"--app", "nav*", "--state", "preregistered", "-o", "NAME,DOMAIN"}), "Traffic cloud\n");
     EXPECT_EQ(list({"processes", "--app", "dash*", "-o", "PROVIDES,USES,COMMUNICATORS,LIVING"}), "0 4 4,5 yes\n");
     EXPECT_THAT(list({"processes", "-o", "LIVING,APP"}), HasSubstr("no -\n"));
-    expectComplaint(inspect({"list", "--name", "clock", "-c", bus.channelName()}), eNo, "no interface fits");
+    expectComplaint(inspect({"list", "--name", "clock", "-c", bus.channelName()}), eNo, "no matching interface");
     expectComplaint(inspect({"list", "memory", "--name", "x", "-c", bus.channelName()}), eFailed, "--name");
     expectComplaint(inspect({"list", "-o", "COLOUR", "-c", bus.channelName()}), eFailed, "COLOUR");
     expectComplaint(inspect({"lis", "-c", bus.channelName()}), eFailed, "lis");
@@ -172,7 +172,7 @@ TEST(Inspect, TellsAFileThatIsNoState)
         return text.replace(text.find(old), old.size(), mistake);
     };
     const std::pair<std::string, std::string> cases[] = {
-        {whole.substr(0, whole.size() - 3), "no JSON"},   {"", "line 1"},
+        {whole.substr(0, whole.size() - 3), "not JSON"},  {"", "line 1"},
         {with("bus-state/1", "bus-list/1"), "/schema"},   {with("\"id\":2", "\"id\":0"), "/interfaces/1/id"},
         {std::string(100'000'000, '['), "nested deeper"}, // NOLINT(bugprone-string-constructor)
     };
@@ -206,9 +206,9 @@ TEST(InspectWait, SeesWhatComesGoesAndIsHostedAnew)
     EXPECT_EQ(waiting.output() + waiting.errors(), "");
 
     expectComplaint(inspect({"wait", "Clock", "Teapot", "-c", name, "--timeout", "200ms"}), eTimeIsUp,
-                    "not there: \"Teapot\"");
+                    "missing: \"Teapot\"");
     expectComplaint(inspect({"wait", "Clock", "--gone", "-c", name, "--timeout", "0"}), eTimeIsUp,
-                    "still there: \"Clock\"");
+                    "still present: \"Clock\"");
     words.insert(words.end(), {"--gone"});
     Program goneWaiting(inspectWords(words));
     channel->lock().unregisterInterface(clock);

@@ -22,7 +22,7 @@ std::string inBrackets(std::uint32_t processId)
 
 std::string ownerText(const Communicator* owner)
 {
-    return owner == nullptr ? "nobody" : inBrackets(owner->mProcessId);
+    return owner == nullptr ? "no process" : inBrackets(owner->mProcessId);
 }
 
 std::string identity(const Interface& interface)
@@ -113,7 +113,7 @@ private:
 
     std::string valueText(const Json& value) const
     {
-        return value.is_null()     ? "nobody"
+        return value.is_null()     ? "no process"
                : value.is_object() ? renamed(inBrackets(value["pid"].get<std::uint32_t>()))
                : value.is_string() ? value.get<std::string>()
                                    : value.dump();

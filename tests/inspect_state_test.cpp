@@ -119,17 +119,17 @@ TEST(BusState, MistakesAreToldInOneLineWithTheirPlace)
         return text.replace(text.rfind(old), old.size(), mistake);
     };
     const std::pair<std::string, std::string> cases[] = {
-        {"", "line 1, column 1: no JSON: "},
-        {whole.substr(0, whole.size() / 2), "no JSON: "},
+        {"", "line 1, column 1: not JSON: "},
+        {whole.substr(0, whole.size() / 2), "not JSON: "},
         {"{\n \"schema\": \"zunic-bus-state/2\"}",
          "line 2, column 30: /schema: expected the schema \"zunic-bus-state/1\""},
         {with("[4,7]", "[4,70000]"),
          "line 10, column 193: /interfaces/1/receivers/1: expected a whole number from 0 to 65535"},
         {with("[4,7]", "[7,7]"), "/interfaces/1/receivers/1: expected ids in ascending order"},
-        {with("[4,7]", "[4,1e999]"), "no JSON: number overflow"},
+        {with("[4,7]", "[4,1e999]"), "not JSON: number overflow"},
         {with("[4,7]", "[-4]"), "/interfaces/1/receivers/0: expected a whole number"},
         {with("\"id\":0", "\"id\":0.5"), "/interfaces/1/id: expected a whole number"},
-        {with("\"invalid\"", "\"gone\""), "/interfaces/1/state: expected a word"},
+        {with("\"invalid\"", "\"gone\""), "/interfaces/1/state: expected one of the values"},
         {with("\"taken_at\"", "\"taken\""), "expected a member \"taken_at\""},
         {std::string(1'000'000, '['), "line 1, column 33: nested deeper than 32 levels"},
     };

@@ -91,9 +91,9 @@ TEST(WatchCommand, TellsWhatHappensAtOnceAndLivesThroughTheChannelGoingAway)
     const auto told = [&](const std::string& what) {
         return TestSupport::waitUntil([&] { return watch.output().find(what) != std::string::npos; });
     };
-    EXPECT_TRUE(told("waited for"));
+    EXPECT_TRUE(told("waiting, "));
     std::optional<WatchedBus> bus(std::in_place, channel);
-    EXPECT_TRUE(told("\"there, interfaces: 1")) << watch.output();
+    EXPECT_TRUE(told("\"available, interfaces: 1")) << watch.output();
     const std::uint16_t stub = bus->add("Clock", ZunicHosting::InstanceType::stub);
     EXPECT_TRUE(told(R"("change":"added","kind":"interface")"));
     bus->mChannel.lock().connect(bus->mClock, stub);
@@ -106,7 +106,7 @@ TEST(WatchCommand, TellsWhatHappensAtOnceAndLivesThroughTheChannelGoingAway)
     bus.reset();
     EXPECT_TRUE(told("\"gone, "));
     bus.emplace(channel);
-    EXPECT_TRUE(told("\"back, "));
+    EXPECT_TRUE(told("\"available again, "));
     EXPECT_TRUE(told(R"("change":"removed","kind":"link")")) << "what has changed in the meantime";
     watch.send(SIGINT);
     const std::string output = watch.output();
@@ -123,7 +123,7 @@ TEST(WatchCommand, EndsWhenItIsTimeAndWhenNobodyReads)
     const std::string& channel = bus.mChannel.name();
     const auto timed = inspect({"watch", "-c", channel, "--for", "100ms"});
     EXPECT_EQ(timed.status, eYes);
-    EXPECT_THAT(timed.output, ContainsRegex("^[-0-9]+T[0-9:.]+Z \\+ channel .*: there, [^\n]*\n$"));
+    EXPECT_THAT(timed.output, ContainsRegex("^[-0-9]+T[0-9:.]+Z \\+ channel .*: available, [^\n]*\n$"));
     const auto unread =
         runProgram({"/bin/bash", "-c", "\"$0\" watch -c \"$1\" | head -n 1 >/dev/null; exit ${PIPESTATUS[0]}",
                     INSPECT_BINARY, channel});
@@ -144,7 +144,7 @@ TEST(WatchCommand, WaitsForAFinding)
     };
     const auto inVain = runProgram(words("100ms"));
     EXPECT_EQ(inVain.status, eTimeIsUp);
-    EXPECT_THAT(inVain.errors, HasSubstr("time is up"));
+    EXPECT_THAT(inVain.errors, HasSubstr("timed out"));
     TestSupport::ForkedChild child([] { return pause(); });
     bus.mChannel.lock().registerCommunicator(static_cast<std::uint32_t>(child.processId()));
     std::vector<std::string> inJson = words("50s");

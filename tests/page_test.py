@@ -179,7 +179,7 @@ class Page(unittest.TestCase):
             self.wait(lambda: self.pixel(0, "--slot-message"), True)
             self.assertTrue(self.pixel(2, "--slot-written"))
             self.assertTrue(self.pixel(20, "--slot-free"))
-        self.assertIn("Belongs to the message in2", self.text("#details"))
+        self.assertIn("Part of the message in2", self.text("#details"))
         self.assertEqual([slot for slot in range(32) if self.pixel(slot, "--mark", 0)], [2, 3, 4, 5])
         self.choose(self.one("#details").find_element(By.LINK_TEXT, "2"))
         self.wait(self.title, "Slot 2")
@@ -205,7 +205,7 @@ class Page(unittest.TestCase):
                  "\u0645\u0631\u062d\u0628\u0627", "javascript:alert(1)", "", "__proto__"]
         shown = [evil, "\"'`&lt;\\xe2\\x80\\xa8",
                  "a\\xe2\\x80\\xaeb\\xe2\\x81\\xa6\\xe2\\x80\\x8f\\xd8\\x9c\\xc2\\xa0\\x09\\x0a\\x00c", "A\\xff\\xc3(<b", "\\x5cx41",
-                 "\u0645\u0631\u062d\u0628\u0627", "javascript:alert(1)", "without a name", "__proto__"]
+                 "\u0645\u0631\u062d\u0628\u0627", "javascript:alert(1)", "(no name)", "__proto__"]
         interfaces = [interface(i, name, role=name, functions=[name], receivers=list(range(9)))
                       for i, name in enumerate(names)]
         self.open(self.make_page_of(state_of(interfaces, [communicator(1, 7, evil)])))
@@ -216,7 +216,7 @@ class Page(unittest.TestCase):
             self.assertEqual(len(self.all("a.node")), 20)
         self.browser.execute_script("location.hash = 'view=messages&at=slot:4294967294'")
         self.wait(self.title, "Slot 4294967294")
-        self.assertIn("Sender4095 not there", self.text("#details"))
+        self.assertIn("Sender4095 missing", self.text("#details"))
         self.assertEqual(self.browser.title, "Bus </title><b>")
         self.assertEqual(len(self.all("script")), 2)
         self.assertEqual(self.all("img, b"), [])

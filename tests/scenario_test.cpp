@@ -50,8 +50,8 @@ TEST(Scenario, MistakesAreOneLineWithPlaceAndExpectation)
         expectMistake(isInterface ? withInterface(behind) : isClock ? withClock(behind) : scenario, start);
     }
     EXPECT_GT(count, 30U);
-    expectMistake("{\n  \"channel\": \"a\"\n  \"x\"", "f.json:3:5: no JSON: ");
-    expectMistake("", "f.json:1:1: no JSON: ");
+    expectMistake("{\n  \"channel\": \"a\"\n  \"x\"", "f.json:3:5: not JSON: ");
+    expectMistake("", "f.json:1:1: not JSON: ");
     const std::string first = "f.json: processes[0].communicators[0].interfaces[0].";
     expectMistake(withInterface(R"({"name": ")" + std::string(256, 'x') + "\"}"),
                   first + "name: expected at most 255 bytes, not 256");

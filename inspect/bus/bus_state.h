@@ -45,7 +45,7 @@ enum class Living : std::uint8_t
 {
     eNo, ///< there is no such process, or only its zombie
     eYes,
-    eUnknown ///< the system does not tell this user
+    eUnknown ///< the system hides it from this user
 };
 
 /// What the system said of a process at that moment.

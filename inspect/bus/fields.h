@@ -31,7 +31,7 @@ struct Field
     const char* mJsonName = nullptr;
     const char* mTitle = nullptr; ///< heads its column in a list
     Value Record::*mMember = nullptr;
-    Words mWords = {}; ///< of a number that stands for something; else empty: its type tells how it is shown
+    Words mWords = {}; ///< of a number that stands for something; else empty: its type decides how it is shown
     Difference mDifference = Difference::eNever;
     Presence mPresence = Presence::eAlways;
 };

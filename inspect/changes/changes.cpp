@@ -23,12 +23,12 @@ private:
     void compareProcess(std::size_t before, std::size_t now);
     void compareInterface(std::size_t before, std::size_t now);
     void compareOwners(std::size_t before, std::size_t now, const Party& subject);
-    void tell(Sign sign, ChangeKind kind, const Party& subject)
+    void add(Sign sign, ChangeKind kind, const Party& subject)
     {
         mChanges.push_back({.mSign = sign, .mKind = kind, .mSubject = subject});
     }
-    void tell(ChangeKind kind, const Party& subject, const std::string& attribute, Json before, Json now,
-              Sign sign = Sign::eChanged)
+    void add(ChangeKind kind, const Party& subject, const std::string& attribute, Json before, Json now,
+             Sign sign = Sign::eChanged)
     {
         mChanges.push_back({.mSign = sign,
                             .mKind = kind,
@@ -137,24 +137,24 @@ void Comparison::compareProcess(std::size_t before, std::size_t now)
     const Party subject{nullptr, fresh.mProcess.mApplication ? &fresh : &old};
     const bool isSameRun = mMatching.isSameRun(before, now);
     if (!isSameRun) {
-        tell(cKind, {nullptr, &fresh}, "pid", old.mProcessId, fresh.mProcessId, Sign::eRestarted);
+        add(cKind, {nullptr, &fresh}, "pid", old.mProcessId, fresh.mProcessId, Sign::eRestarted);
     }
     if (old.mProcess.mApplication && fresh.mProcess.mApplication &&
         *old.mProcess.mApplication != *fresh.mProcess.mApplication) {
-        tell(cKind, subject, "application", nameToJson(*old.mProcess.mApplication),
-             nameToJson(*fresh.mProcess.mApplication));
+        add(cKind, subject, "application", nameToJson(*old.mProcess.mApplication),
+            nameToJson(*fresh.mProcess.mApplication));
     }
     // One that was restarted lives: no need to say it.
     const bool isLivingTold = isSameRun || fresh.mProcess.mLiving == Living::eNo;
     if (isLivingTold && old.mProcess.mLiving != fresh.mProcess.mLiving && old.mProcess.mLiving != Living::eUnknown &&
         fresh.mProcess.mLiving != Living::eUnknown) {
-        tell(cKind, subject, "living", livingWord(old.mProcess.mLiving), livingWord(fresh.mProcess.mLiving));
+        add(cKind, subject, "living", livingWord(old.mProcess.mLiving), livingWord(fresh.mProcess.mLiving));
     }
     if (const std::string was = statesOf(communicatorsBefore), is = statesOf(communicatorsNow); was != is) {
-        tell(cKind, subject, "communicators", was, is);
+        add(cKind, subject, "communicators", was, is);
     } else if (Json hadIds = idsOf(communicatorsBefore), hasIds = idsOf(communicatorsNow);
                isSameRun && hadIds != hasIds) {
-        tell(cKind, subject, "communicator ids", std::move(hadIds), std::move(hasIds), Sign::eRestarted);
+        add(cKind, subject, "communicator ids", std::move(hadIds), std::move(hasIds), Sign::eRestarted);
     }
 }
 
@@ -163,15 +163,15 @@ void Comparison::compareProcesses()
     const Pairing& pairing = mMatching.mProcesses;
     for (std::size_t before = 0; before < pairing.mNowOf.size(); ++before) {
         if (pairing.mNowOf[before] == cNobody) {
-            tell(Sign::eRemoved, ChangeKind::eProcess,
-                 {nullptr, mMatching.mBefore.processes()[before].mCommunicators.front()});
+            add(Sign::eRemoved, ChangeKind::eProcess,
+                {nullptr, mMatching.mBefore.processes()[before].mCommunicators.front()});
         } else {
             compareProcess(before, pairing.mNowOf[before]);
         }
     }
     for (std::size_t now = 0; now < pairing.mBeforeOf.size(); ++now) {
         if (pairing.mBeforeOf[now] == cNobody) {
-            tell(Sign::eAdded, ChangeKind::eProcess, {nullptr, mMatching.mNow.processes()[now].mCommunicators.front()});
+            add(Sign::eAdded, ChangeKind::eProcess, {nullptr, mMatching.mNow.processes()[now].mCommunicators.front()});
         }
     }
 }
@@ -186,10 +186,10 @@ void Comparison::compareOwners(std::size_t before, std::size_t now, const Party&
     const bool isOwned = ownerBefore != cNobody && ownerNow != cNobody;
     const bool isSame = isOwned ? mMatching.mProcesses.mNowOf[ownerBefore] == ownerNow : ownerBefore == ownerNow;
     if (!isSame) {
-        tell(ChangeKind::eInterface, subject, "owner", nameOf(ownerOf(mMatching.mBefore, before)),
-             nameOf(subject.mOwner));
+        add(ChangeKind::eInterface, subject, "owner", nameOf(ownerOf(mMatching.mBefore, before)),
+            nameOf(subject.mOwner));
     } else if (old.mId != fresh.mId && (!isOwned || mMatching.isSameRun(ownerBefore, ownerNow))) {
-        tell(ChangeKind::eInterface, subject, "id", old.mId, fresh.mId, Sign::eRestarted);
+        add(ChangeKind::eInterface, subject, "id", old.mId, fresh.mId, Sign::eRestarted);
     }
 }
 
@@ -201,7 +201,7 @@ void Comparison::compareInterface(std::size_t before, std::size_t now)
     const Party subject{&fresh, ownerOf(mMatching.mNow, now)};
     compareOwners(before, now, subject);
     forEachDifference(old, fresh, [&](const std::string& name, Difference, Json was, Json is) {
-        tell(cKind, subject, name, std::move(was), std::move(is));
+        add(cKind, subject, name, std::move(was), std::move(is));
     });
 }
 
@@ -210,16 +210,16 @@ void Comparison::compareInterfaces()
     const Pairing& pairing = mMatching.mInterfaces;
     for (std::size_t before = 0; before < pairing.mNowOf.size(); ++before) {
         if (pairing.mNowOf[before] == cNobody) {
-            tell(Sign::eRemoved, ChangeKind::eInterface,
-                 {&mMatching.mBefore.state().mInterfaces[before], ownerOf(mMatching.mBefore, before)});
+            add(Sign::eRemoved, ChangeKind::eInterface,
+                {&mMatching.mBefore.state().mInterfaces[before], ownerOf(mMatching.mBefore, before)});
         } else {
             compareInterface(before, pairing.mNowOf[before]);
         }
     }
     for (std::size_t now = 0; now < pairing.mBeforeOf.size(); ++now) {
         if (pairing.mBeforeOf[now] == cNobody) {
-            tell(Sign::eAdded, ChangeKind::eInterface,
-                 {&mMatching.mNow.state().mInterfaces[now], ownerOf(mMatching.mNow, now)});
+            add(Sign::eAdded, ChangeKind::eInterface,
+                {&mMatching.mNow.state().mInterfaces[now], ownerOf(mMatching.mNow, now)});
         }
     }
 }

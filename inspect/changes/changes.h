@@ -59,10 +59,11 @@ enum class Traffic : std::uint8_t
     eLeftOut
 };
 
-/// Every difference between the states: processes, interfaces, links, memory managers, messages. Nobody is told by an
-/// id alone: interfaces are the same by name, role, domain and type, and in the same process if there are several;
-/// processes by id while they run, else by application and place, or by what they have registered when the application
-/// is not to be known; links by the interfaces at both ends. What is not known in one of the states is no difference.
+/// Every difference between the states: processes, interfaces, links, memory managers, messages. No id alone
+/// identifies anything: interfaces are the same by name, role, domain and type, and in the same process if there are
+/// several; processes by id while they run, else by application and place, or by what they have registered when the
+/// application is unknown; links by the interfaces at both ends. A value that is unknown in one of the states is no
+/// difference.
 std::vector<Change> changesBetween(const BusState& before, const BusState& now, Traffic traffic = Traffic::eTold);
 
 } // namespace Inspect

@@ -48,7 +48,7 @@ std::vector<std::size_t> numberIdentities(const std::vector<Interface>& interfac
     return identities;
 }
 
-/// What each process has registered, for processes whose application is not to be known.
+/// What each process has registered, for processes whose application is unknown.
 std::vector<std::vector<std::size_t>> identitiesByProcess(const BusIndex& index,
                                                           const std::vector<std::size_t>& identities)
 {
@@ -64,7 +64,7 @@ std::vector<std::vector<std::size_t>> identitiesByProcess(const BusIndex& index,
     return lists;
 }
 
-/// What tells several interfaces of one identity from each other.
+/// Distinguishes several interfaces of one identity from each other.
 auto traitsOf(const Interface& interface)
 {
     const Oxa::Version& version = interface.mVersion;
@@ -113,8 +113,8 @@ bool Matching::isSameRun(std::size_t before, std::size_t now) const
            !areKnownAndDiffer(one.process().mStartedAfterBoot, other.process().mStartedAfterBoot);
 }
 
-/// First those that run on; then by application; then by what they have, where an application is not to be known: that
-/// of a dead process never is.
+/// First those that run on; then by application; then by what they have, where an application is unknown, as that
+/// of a dead process always is.
 void Matching::matchProcesses()
 {
     const auto& processesBefore = mBefore.processes();

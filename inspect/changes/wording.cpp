@@ -24,7 +24,7 @@ std::string processWords(const std::optional<std::string>& application, std::uin
 
 std::string processWords(const Communicator* owner)
 {
-    return owner == nullptr ? "nobody" : processWords(owner->mProcess.mApplication, owner->mProcessId);
+    return owner == nullptr ? "no process" : processWords(owner->mProcess.mApplication, owner->mProcessId);
 }
 
 std::string interfaceWords(const Party& party)
@@ -72,7 +72,7 @@ std::string bytesOf(const Json& name)
 std::string valueWords(const Json& value)
 {
     if (value.is_null()) {
-        return "nobody";
+        return "no process";
     }
     if (value.is_object()) { // An owner.
         const Json& application = value["application"];
@@ -102,8 +102,7 @@ std::string functionWords(const Json& before, const Json& now)
     std::string words;
     appendOthers(words, "-", before, now);
     appendOthers(words, "+", now, before);
-    return std::to_string(before.size()) + " -> " + std::to_string(now.size()) +
-           (words.empty() ? " in another order" : words);
+    return std::to_string(before.size()) + " -> " + std::to_string(now.size()) + (words.empty() ? " reordered" : words);
 }
 
 std::string attributeWords(const Change& change)

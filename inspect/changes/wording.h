@@ -7,7 +7,7 @@
 
 namespace Inspect {
 
-/// The format of what diff and watch write by --json; docs/bus_diff.schema.json tells it.
+/// The format of what diff and watch write by --json; docs/bus_diff.schema.json describes it.
 constexpr auto cDiffSchema = "zunic-bus-diff/1";
 
 /// The change in one line without newline, such as "~ interface Clock Provider local skeleton of clockd (12): version

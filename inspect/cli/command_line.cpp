@@ -14,12 +14,12 @@ namespace Inspect {
 
 namespace {
 
-constexpr auto cExamples = "  zunic_inspect list                     what is registered on the channel OXABus\n"
-                           "  zunic_inspect show Clock               who provides it, and who uses it\n"
+constexpr auto cExamples = "  zunic_inspect list                     interfaces on the channel OXABus\n"
+                           "  zunic_inspect show Clock               its providers and users\n"
                            "  zunic_inspect wait Clock --timeout 10s wait until it is registered\n"
-                           "  zunic_inspect check                    what is wrong with the bus\n"
-                           "  zunic_inspect save bus.json            keep the state of the bus\n"
-                           "  zunic_inspect list --from bus.json     look at it later\n";
+                           "  zunic_inspect check                    report problems\n"
+                           "  zunic_inspect save bus.json            save the state of the bus\n"
+                           "  zunic_inspect list --from bus.json     list the saved state\n";
 
 std::string exitStatuses()
 {
@@ -62,7 +62,7 @@ void addCommand(CLI::App& app, const Command& command, Run& chosen)
 Run readCommandLine(CLI::App& app, int argc, char** argv, std::span<const Command* const> commands)
 {
     app.formatter(std::make_shared<HelpFormatter>(cExamples));
-    app.footer(std::string("zunic_inspect COMMAND --help tells more.\n\n") + exitStatuses());
+    app.footer(std::string("Run zunic_inspect COMMAND --help for the options of a command.\n\n") + exitStatuses());
     app.set_version_flag("--version", std::string("zunic_inspect ") + ZUNIC_INSPECT_VERSION,
                          "Show the version and exit");
     app.require_subcommand(0, 1);
@@ -79,7 +79,7 @@ Run readCommandLine(CLI::App& app, int argc, char** argv, std::span<const Comman
         throw UsageMistake(firstLine(error.what()) + " (see --help)");
     }
     if (!chosen) {
-        throw UsageMistake("which command? (see --help)");
+        throw UsageMistake("missing command (see --help)");
     }
     return chosen;
 }
@@ -90,7 +90,7 @@ ExitStatus fail(ExitStatus status, const std::string& why)
     return status;
 }
 
-/// Whoever reads our answer may have read enough of it: nothing to complain about.
+/// A reader may close the pipe when it has read enough: no error.
 ExitStatus afterFailedWrite(int error)
 {
     if (error == EPIPE) {
@@ -101,7 +101,7 @@ ExitStatus afterFailedWrite(int error)
 
 ExitStatus answer(int argc, char** argv, std::span<const Command* const> commands)
 {
-    CLI::App app("Looks into a Zunic bus that is in use, or into the saved state of one.", "zunic_inspect");
+    CLI::App app("Inspects a Zunic bus, live or from a saved state.", "zunic_inspect");
     const Run run = readCommandLine(app, argc, argv, commands);
     const ExitStatus status = run ? run(std::cout) : eExitYes;
     std::cout.flush();

@@ -32,7 +32,7 @@ std::optional<milliseconds> readDuration(const char* option, const std::string& 
         // As below.
     }
     throw UsageMistake(std::string(option) +
-                       ": expected a time such as 10s, 500ms, 2m or 1h (49 days at most), 0, or none");
+                       ": expected a time such as 10s, 500ms, 2m or 1h (at most 49 days), 0 or none");
 }
 
 milliseconds readInterval(const char* option, const std::string& text, milliseconds shortest)

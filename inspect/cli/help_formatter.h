@@ -29,14 +29,36 @@ public:
         return option->get_required() ? name + (option->get_items_expected_max() > 1 ? " ..." : "") : "[" + name + "]";
     }
 
-    /// What does not go together is told when it is tried.
+    /// Without the options that it excludes: a command line with both is an error that names them.
     std::string make_option_opts(const CLI::Option* option) const override
     {
         const std::string value = option->get_type_name();
         return option->get_items_expected_max() == 0 || value.empty() ? "" : " " + value;
     }
 
+    std::string make_option_desc(const CLI::Option* option) const override
+    {
+        return wrapped(CLI::Formatter::make_option_desc(option), cWidth - get_column_width());
+    }
+
 private:
+    static constexpr std::size_t cWidth = 80; ///< characters in a line
+
+    /// The text with line feeds in place of blanks, so that no line is longer, except a single word.
+    static std::string wrapped(std::string text, std::size_t width)
+    {
+        std::size_t begin = 0;
+        while (text.size() - begin > width) {
+            const std::size_t blank = text.rfind(' ', begin + width);
+            if (blank == std::string::npos || blank < begin) {
+                break;
+            }
+            text[blank] = '\n';
+            begin = blank + 1;
+        }
+        return text;
+    }
+
     std::string mExamples;
 };
 

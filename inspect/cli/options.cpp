@@ -43,12 +43,12 @@ void addWords(CLI::App& part, std::vector<std::string>& words, const char* names
 
 CLI::Option* addChannelOption(CLI::App& part, std::string& channel)
 {
-    return part.add_option("-c,--channel", channel, "The channel to look into (OXABus)")->type_name("NAME");
+    return part.add_option("-c,--channel", channel, "Channel to read (default: OXABus)")->type_name("NAME");
 }
 
 std::string complaintAboutFile(const std::string& file)
 {
-    return file.empty() ? "expected the name of a file" : "";
+    return file.empty() ? "expected a file name" : "";
 }
 
 void addColorOption(CLI::App& part, bool& areWanted)
@@ -56,7 +56,7 @@ void addColorOption(CLI::App& part, bool& areWanted)
     areWanted = areColorsWanted("auto");
     part.add_option_function<std::string>(
             "--color", [&areWanted](const std::string& choice) { areWanted = areColorsWanted(choice); },
-            "auto (on a terminal, unless NO_COLOR is set), always or never")
+            "Use colors: auto (on a terminal, unless NO_COLOR is set; the default), always or never")
         ->check(CLI::IsMember({"auto", "always", "never"}).description(""))
         ->type_name("WHEN");
 }

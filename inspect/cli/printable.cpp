@@ -22,7 +22,7 @@ bool isPlain(char byte)
 }
 
 /// The number of bytes that the first character has; cNoCharacter when it is none that is shown. What has no width
-/// could change how others are shown: the order of writing, for one.
+/// could change how others are shown, for example the writing direction.
 std::size_t shownBytes(std::string_view bytes)
 {
     const char first = bytes.front();

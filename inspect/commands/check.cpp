@@ -13,7 +13,7 @@ namespace Inspect {
 
 namespace {
 
-constexpr auto cCheckSchema = "zunic-bus-check/1"; ///< as docs/bus_check.schema.json tells it
+constexpr auto cCheckSchema = "zunic-bus-check/1"; ///< described in docs/bus_check.schema.json
 
 const char* colorOf(Severity severity)
 {
@@ -41,7 +41,7 @@ std::string tableOf(const std::vector<Finding>& findings, const TableStyle& styl
                  {"ID", ColumnKind::eNumber},
                  {"NAME"},
                  {"EVIDENCE"},
-                 {"LOOK AT"}},
+                 {"ADVICE"}},
                 style);
     for (const Finding& finding : findings) {
         table.addLine({{severityWord(finding.mSeverity), colorOf(finding.mSeverity)},
@@ -79,7 +79,7 @@ struct CheckCommandLine
 
 std::string codesHelp()
 {
-    std::string text = "Codes, each with the gravest severity that it can have:";
+    std::string text = "Codes, with their highest severity:";
     for (const auto kinds : {findingKinds(), contractKinds()}) {
         for (const FindingKind* const kind : kinds) {
             std::string code = kind->mCode;
@@ -101,7 +101,7 @@ void addFailOnOption(CLI::App& part, CheckOptions& options)
                     }
                 }
             },
-            "Exit status 1 if there is an error, a warning or worse, or a note or worse (error)")
+            "Exit with status 1 if a finding has at least this severity: error, warning or note (default: error)")
         ->check(CLI::IsMember({"error", "warning", "note"}).description(""))
         ->type_name("SEVERITY");
 }
@@ -120,7 +120,7 @@ Run addCheckOptions(CLI::App& part)
     const auto line = std::make_shared<CheckCommandLine>();
     CheckOptions& options = line->mOptions;
     addLookSourceOptions(part, options.mSource);
-    part.add_flag("--json", options.mJson, "JSON instead of a table");
+    part.add_flag("--json", options.mJson, "Print JSON instead of a table");
     addFailOnOption(part, options);
     part.add_option_function<std::vector<std::string>>(
             "--ignore",
@@ -129,16 +129,16 @@ Run addCheckOptions(CLI::App& part)
                     options.mIgnored.push_back(&readFindingKind("--ignore", code));
                 }
             },
-            "Leave out this finding; may be given again")
+            "Ignore findings with this code; repeatable")
         ->type_name("CODE")
         ->expected(1)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-    part.add_option("--expect", options.mContract, "Hold the bus against this contract, too (see save --as-contract)")
+    part.add_option("--expect", options.mContract, "Also check against this contract (see save --as-contract)")
         ->type_name("FILE")
         ->check(complaintAboutFile, "");
     part.add_option_function<std::string>(
             "--explain", [line](const std::string& code) { line->mExplained = &readFindingKind("--explain", code); },
-            "Tell what a finding means, and do not look at all")
+            "Explain a finding and exit")
         ->type_name("CODE");
     addStyleOptions(part, options.mStyle);
     part.footer(codesHelp());
@@ -177,17 +177,17 @@ ExitStatus runCheck(const CheckOptions& options, std::ostream& out)
 
 void explain(const FindingKind& kind, std::ostream& out)
 {
-    out << kind.mCode << " (at most " << severityWord(kind.mSeverity) << ")\n\n"
-        << "True when: " << kind.mDefinition << "\nWhy it matters: " << kind.mReason
+    out << kind.mCode << " (highest severity: " << severityWord(kind.mSeverity) << ")\n\n"
+        << "Reported when: " << kind.mDefinition << "\nWhy it matters: " << kind.mReason
         << "\nFalse alarms: " << kind.mFalseAlarms << '\n';
 }
 
-const Command cCheckCommand{"check", "Tell what is wrong with a bus",
-                            "  zunic_inspect check                            two looks, two seconds apart\n"
-                            "  zunic_inspect check --fail-on warning --again 0 one look, strict, for a build\n"
-                            "  zunic_inspect check --expect contract.json      what has to be there, too\n"
-                            "  zunic_inspect check --from a.json --from b.json two saved states, the older one first\n"
-                            "  zunic_inspect check --explain stuck-slot        what that means\n",
+const Command cCheckCommand{"check", "Check a bus for problems",
+                            "  zunic_inspect check                             two looks, two seconds apart\n"
+                            "  zunic_inspect check --fail-on warning --again 0 one look; warnings fail\n"
+                            "  zunic_inspect check --expect contract.json      also check against a contract\n"
+                            "  zunic_inspect check --from a.json --from b.json two saved states\n"
+                            "  zunic_inspect check --explain stuck-slot        explain a finding\n",
                             addCheckOptions};
 
 } // namespace Inspect

@@ -22,10 +22,10 @@ struct CheckOptions
     TableStyle mStyle;
 };
 
-/// Tells what is wrong with a bus. eExitNo if a finding is as grave as that, or graver.
+/// Prints the findings of a bus. eExitNo if one has at least the severity mFailOn.
 ExitStatus runCheck(const CheckOptions& options, std::ostream& out);
 
-/// What is to be known about a kind, for reading.
+/// Prints what a kind means, for people.
 void explain(const FindingKind& kind, std::ostream& out);
 
 extern const Command cCheckCommand;

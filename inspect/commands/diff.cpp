@@ -55,18 +55,17 @@ void addFile(CLI::App& part, const char* name, std::string& file, const char* me
 Run addDiffOptions(CLI::App& part)
 {
     const auto options = std::make_shared<DiffOptions>();
-    addFile(part, "A", options->mBefore, "The saved state to begin with; \"-\" is standard input");
-    addFile(part, "B", options->mNow, "The one to compare it with; if none is given, the bus as it is now");
+    addFile(part, "A", options->mBefore, "The older state (\"-\": standard input)");
+    addFile(part, "B", options->mNow, "The newer state (default: the live bus)");
     part.get_option("A")->required();
     addChannelOption(part, options->mChannel)->excludes(part.get_option("B"));
-    addChangeOptions(part, options->mChanges, "One JSON document instead of lines");
-    part.footer(
-        "Lines that begin with + are about what came, with - about what went, with ~ about what is another one\n"
-        "than before, or was restarted: the same by name and place, with another id.\n\n"
-        "The exit status is 0 when nothing differs, and 1 when something does.");
+    addChangeOptions(part, options->mChanges, "Print one JSON document instead of lines");
+    part.footer("+ marks what was added, - what was removed, ~ what changed or was restarted\n"
+                "(the same name and place with another id).\n\n"
+                "The exit status is 0 if nothing differs and 1 if something does.");
     return [options](std::ostream& out) {
         if (options->mBefore == "-" && options->mNow == "-") {
-            throw UsageMistake("only one of two states can be read from standard input");
+            throw UsageMistake("cannot read both states from standard input");
         }
         return runDiff(*options, out);
     };
@@ -107,7 +106,7 @@ void addChangeOptions(CLI::App& part, ChangeOptions& options, const char* jsonMe
         }
     };
     part.add_option_function<std::vector<std::string>>(
-            "--ignore", ignore, "Leave out: process, interface, link, memory or messages; several with commas")
+            "--ignore", ignore, "Ignore process, interface, link, memory or messages (comma-separated)")
         ->check(CLI::IsMember(words).description(""))
         ->delimiter(',')
         ->allow_extra_args(false)
@@ -117,11 +116,10 @@ void addChangeOptions(CLI::App& part, ChangeOptions& options, const char* jsonMe
     addColorOption(part, options.mColors);
 }
 
-const Command cDiffCommand{
-    "diff", "Show what differs between two states of a bus",
-    "  zunic_inspect diff monday.json               what has changed on the channel OXABus since then\n"
-    "  zunic_inspect diff monday.json tuesday.json  what had changed in between\n"
-    "  zunic_inspect diff good.json --ignore messages,memory && echo as it was\n",
-    addDiffOptions};
+const Command cDiffCommand{"diff", "Show the differences between two states of a bus",
+                           "  zunic_inspect diff monday.json               changes since then\n"
+                           "  zunic_inspect diff monday.json tuesday.json  changes between two saved states\n"
+                           "  zunic_inspect diff good.json --ignore messages,memory && echo unchanged\n",
+                           addDiffOptions};
 
 } // namespace Inspect

@@ -35,23 +35,23 @@ ExitStatus runSave(const SaveOptions& options, std::ostream& out)
 Run addSaveOptions(CLI::App& part)
 {
     const auto options = std::make_shared<SaveOptions>();
-    part.add_option("file", options->mFile, "The file to write, as JSON; \"-\" is standard output")
+    part.add_option("file", options->mFile, "JSON file to write (\"-\": standard output)")
         ->required()
         ->type_name("FILE")
         ->multi_option_policy(CLI::MultiOptionPolicy::Throw);
     addChannelOption(part, options->mChannel);
     part.add_flag("--as-contract", options->mAsContract,
-                  "Write a contract in place of the state, for check --expect: what is there now is expected");
-    part.footer("The file is replaced in one move when all of it is written, and only its owner may read it.");
+                  "Write a contract for check --expect instead: the present interfaces are expected");
+    part.footer("The file is replaced atomically. Only its owner may read it.");
     return [options](std::ostream& out) { return runSave(*options, out); };
 }
 
 } // namespace
 
-const Command cSaveCommand{
-    "save", "Keep the state of a bus in a file",
-    "  zunic_inspect save bus.json                  look at it later by --from bus.json\n"
-    "  zunic_inspect save - | gzip >bus.json.gz     and by zcat bus.json.gz | zunic_inspect list --from -\n",
-    addSaveOptions};
+const Command cSaveCommand{"save", "Save the state of a bus to a file",
+                           "  zunic_inspect save bus.json                    read it with --from bus.json\n"
+                           "  zunic_inspect save - | gzip >bus.json.gz\n"
+                           "  zcat bus.json.gz | zunic_inspect list --from - read a compressed state\n",
+                           addSaveOptions};
 
 } // namespace Inspect

@@ -30,7 +30,7 @@ void addWord(CLI::App& part, const char* option, std::optional<std::uint32_t>& n
 void addLook(LookSource& source, const std::string& file)
 {
     if (source.mFrom.size() == 2) {
-        throw UsageMistake("--from: two states at most, the older one first");
+        throw UsageMistake("--from: at most two states, the older one first");
     }
     source.mFrom.push_back(file);
 }
@@ -40,7 +40,7 @@ void addLook(LookSource& source, const std::string& file)
 void addSourceOptions(CLI::App& part, SourceOptions& source)
 {
     CLI::Option* const channel = addChannelOption(part, source.mChannel);
-    part.add_option("--from", source.mFrom, "Look into this saved state instead; \"-\" is standard input")
+    part.add_option("--from", source.mFrom, "Read this saved state instead of a channel (\"-\": standard input)")
         ->type_name("FILE")
         ->check(complaintAboutFile, "")
         ->excludes(channel);
@@ -52,7 +52,8 @@ void addLookSourceOptions(CLI::App& part, LookSource& source)
     // CLI11 would keep the last one, or take two apart at a comma in a name.
     part.add_option_function<std::string>(
             "--from", [&source](const std::string& file) { addLook(source, file); },
-            "Look into this saved state instead, \"-\" for standard input; twice: two looks, the older one first")
+            "Read this saved state instead of a channel (\"-\": standard input); give two for two looks, the older one "
+            "first")
         ->type_name("FILE")
         ->check(complaintAboutFile, "")
         ->trigger_on_parse()
@@ -62,25 +63,29 @@ void addLookSourceOptions(CLI::App& part, LookSource& source)
             [&source](const std::string& text) {
                 source.mAgain = readDuration("--again", text).value_or(std::chrono::milliseconds(0));
             },
-            "Look a second time after this, for what shows only over time: 2s, 500ms; 0: one look (2s)")
+            "Take a second look after this time, for findings that show only over time: 2s, 500ms; 0 for one look "
+            "(default: 2s)")
         ->type_name("TIME");
 }
 
 void addFilterOptions(CLI::App& part, InterfaceFilter& filter)
 {
-    addPattern(part, "--role", filter.mRole, "Role names like this");
-    addPattern(part, "--domain", filter.mDomain, "Domain names like this");
-    addPattern(part, "--app", filter.mOwner.mApplication, "Applications like this");
-    part.add_option("--pid", filter.mOwner.mProcessId, "The process with this id")->type_name("PID")->group("Filters");
-    addWord(part, "--type", filter.mType, cTypeWords, {"skeleton", "stub"}, "skeleton (provides) or stub (uses)");
+    addPattern(part, "--role", filter.mRole, "Only roles that match the shell pattern");
+    addPattern(part, "--domain", filter.mDomain, "Only domains that match the shell pattern");
+    addPattern(part, "--app", filter.mOwner.mApplication, "Only applications that match the shell pattern");
+    part.add_option("--pid", filter.mOwner.mProcessId, "Only the process with this id")
+        ->type_name("PID")
+        ->group("Filters");
+    addWord(part, "--type", filter.mType, cTypeWords, {"skeleton", "stub"},
+            "Only this type: skeleton (provides) or stub (uses)");
     addWord(part, "--state", filter.mState, cStateWords, {"registered", "preregistered", "any"},
-            "registered, preregistered (required) or any");
+            "Only this state: registered, preregistered (required) or any");
 }
 
 void addStyleOptions(CLI::App& part, TableStyle& style)
 {
     part.add_flag(
-        "--noheadings", [&style](std::int64_t) { style.mHeadings = false; }, "Leave out the headings");
+        "--noheadings", [&style](std::int64_t) { style.mHeadings = false; }, "Print no headings");
     addColorOption(part, style.mColors);
 }
 
@@ -89,7 +94,7 @@ const FindingKind& readFindingKind(const char* option, const std::string& code)
     if (const FindingKind* const kind = findingKind(code)) {
         return *kind;
     }
-    throw UsageMistake(std::string(option) + ": there is no finding \"" + code + "\" (see --help)");
+    throw UsageMistake(std::string(option) + ": unknown finding \"" + code + "\" (see --help)");
 }
 
 } // namespace Inspect

@@ -81,9 +81,9 @@ Json wholeJson(const BusIndex& index, const Interface& interface)
 Run addShowOptions(CLI::App& part)
 {
     const auto options = std::make_shared<ShowOptions>();
-    addWords(part, options->mWords, "NAME|ID", "Its name, or its id; of several each is shown");
+    addWords(part, options->mWords, "NAME|ID", "Name or id of the interfaces to show");
     addSourceOptions(part, options->mSource);
-    part.add_flag("--json", options->mJson, "JSON instead of a tree");
+    part.add_flag("--json", options->mJson, "Print JSON instead of a tree");
     addStyleOptions(part, options->mStyle);
     return [options](std::ostream& out) { return runShow(*options, out); };
 }
@@ -116,11 +116,11 @@ ExitStatus runShow(const ShowOptions& options, std::ostream& out)
     return absent.empty() ? eExitYes : eExitNo;
 }
 
-const Command cShowCommand{"show", "Show an interface whole: owner, functions, who provides it and who uses it",
+const Command cShowCommand{"show", "Show interfaces with their providers and users",
                            "  zunic_inspect show Clock                     every interface of that name\n"
                            "  zunic_inspect show 5                         the interface with that id\n"
-                           "  zunic_inspect show Clock --from bus.json     as it was when the state was saved\n"
-                           "  zunic_inspect show --json Clock | jq .       for a program\n",
+                           "  zunic_inspect show Clock --from bus.json     from a saved state\n"
+                           "  zunic_inspect show --json Clock | jq .       as JSON\n",
                            addShowOptions};
 
 } // namespace Inspect

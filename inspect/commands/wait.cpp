@@ -44,22 +44,23 @@ std::string look(const WaitOptions& options, BusFollower& follower)
         return options.mIsForGone && trouble->isMissing() ? "" : trouble->what();
     }
     const std::string names = missing(options, *follower.now());
-    return names.empty() ? "" : (options.mIsForGone ? "still there: " : "not there: ") + names;
+    return names.empty() ? "" : (options.mIsForGone ? "still present: " : "missing: ") + names;
 }
 
 Run addWaitOptions(CLI::App& part)
 {
     const auto options = std::make_shared<WaitOptions>();
     options->mFilter.mState = oxa_zunic_registration_state_registered;
-    addWords(part, options->mNames, "NAME", "The names of the interfaces to wait for");
+    addWords(part, options->mNames, "NAME", "Names of the interfaces to wait for");
     addChannelOption(part, options->mChannel);
-    part.add_flag("--gone", options->mIsForGone, "Wait until none of them is there any more");
+    part.add_flag("--gone", options->mIsForGone, "Wait until none of them is present any more");
     part.add_option_function<std::string>(
             "--timeout", [options](const std::string& text) { options->mTimeout = readDuration("--timeout", text); },
-            "Give up after this: 10s, 500ms, 2m, 1h, or none (30s)")
+            "Give up after this time: 10s, 500ms, 2m, 1h or none (default: 30s)")
         ->type_name("TIME");
     addFilterOptions(part, options->mFilter);
-    part.footer("An interface is there when it is registered (see --state) and fits the filters.");
+    part.footer("An interface counts as present if it is registered (see --state) and matches the\n"
+                "filters.");
     return [options](std::ostream&) { return runWait(*options); };
 }
 
@@ -78,7 +79,7 @@ ExitStatus runWait(const WaitOptions& options)
             return eExitYes;
         }
         if (isLast) {
-            complain("time is up: " + reason);
+            complain("timed out: " + reason);
             return eExitTimeIsUp;
         }
         const Clock::time_point next = now + cPause;
@@ -86,10 +87,10 @@ ExitStatus runWait(const WaitOptions& options)
     }
 }
 
-const Command cWaitCommand{"wait", "Wait until interfaces are registered, or gone",
-                           "  zunic_inspect wait Clock --type skeleton     until somebody provides Clock\n"
-                           "  zunic_inspect wait Clock Audio --timeout 2m  until both are there, two minutes at most\n"
-                           "  zunic_inspect wait Clock --gone --app clockd until clockd has taken it back\n",
+const Command cWaitCommand{"wait", "Wait until interfaces are registered or gone",
+                           "  zunic_inspect wait Clock --type skeleton     until Clock is provided\n"
+                           "  zunic_inspect wait Clock Audio --timeout 2m  until both are present\n"
+                           "  zunic_inspect wait Clock --gone --app clockd until clockd no longer has it\n",
                            addWaitOptions};
 
 } // namespace Inspect

@@ -182,7 +182,7 @@ void Watch::print(const NoChannel& trouble)
 {
     const bool wasThere = mPrinted != nullptr;
     const std::string why =
-        (trouble.isMissing() ? wasThere ? "gone, " : "waited for, " : "not usable, ") + std::string(trouble.what());
+        (trouble.isMissing() ? wasThere ? "gone, " : "waiting, " : "unusable, ") + std::string(trouble.what());
     if (why != mTrouble) {
         mPrinter.printChannel(wallTimeNow(), "-", mOptions.mChannel, why);
     }
@@ -192,7 +192,7 @@ void Watch::print(const NoChannel& trouble)
 void Watch::printPresence(const BusState& now)
 {
     mPrinter.printChannel(now.mTakenAt, "+", mOptions.mChannel,
-                          std::string(mPrinted == nullptr ? "there" : "back") +
+                          std::string(mPrinted == nullptr ? "available" : "available again") +
                               ", interfaces: " + std::to_string(now.mInterfaces.size()) +
                               ", communicators: " + std::to_string(now.mCommunicators.size()));
     mTrouble.clear();
@@ -225,20 +225,20 @@ Run addWatchOptions(CLI::App& part)
             [options](const std::string& text) {
                 options->mInterval = readInterval("--interval", text, milliseconds(1));
             },
-            "How long from one look to the next: 200ms, 5s (200ms)")
+            "Time between two looks: 200ms, 5s (default: 200ms)")
         ->type_name("TIME");
     part.add_option_function<std::string>(
             "--for", [options](const std::string& text) { options->mFor = readDuration("--for", text); },
-            "End after this: 30s, 500ms, 2m, 1h, or none (none)")
+            "Exit after this time: 30s, 500ms, 2m, 1h or none (default: none)")
         ->type_name("TIME");
     part.add_option_function<std::string>(
             "--until", [options](const std::string& code) { options->mUntil = &readFindingKind("--until", code); },
-            "End with status 0 when check would have this finding")
+            "Exit with status 0 as soon as check would report this finding")
         ->type_name("CODE");
-    addChangeOptions(part, options->mChanges, "One JSON object a line");
-    part.footer(
-        "Lines are those of diff, each with the time of the look that saw it, in UTC. Ctrl-C ends it with status "
-        "0.\nWith --until, the status is 3 when --for is over and the finding has not come.");
+    addChangeOptions(part, options->mChanges, "Print one JSON object per line");
+    part.footer("Lines are those of diff, each with the time of its look in UTC. Ctrl-C exits\n"
+                "with status 0. With --until, the status is 3 if --for elapses before the\n"
+                "finding appears.");
     return [options](std::ostream& out) { return runWatch(*options, out); };
 }
 
@@ -257,7 +257,7 @@ ExitStatus runWatch(const WatchOptions& options, std::ostream& out)
             return eExitYes;
         }
         if (isLast && options.mUntil != nullptr) {
-            complain(std::string("time is up: no ") + options.mUntil->mCode);
+            complain(std::string("timed out: no ") + options.mUntil->mCode);
             return eExitTimeIsUp;
         }
         const Clock::time_point next = now + options.mInterval;
@@ -267,10 +267,10 @@ ExitStatus runWatch(const WatchOptions& options, std::ostream& out)
     }
 }
 
-const Command cWatchCommand{"watch", "Tell what changes on a bus as it happens",
-                            "  zunic_inspect watch                          who comes and goes on the channel OXABus\n"
-                            "  zunic_inspect watch --ignore link --for 30s  without connections, for half a minute\n"
-                            "  zunic_inspect watch --until dead-process     until a process has died without leaving\n"
+const Command cWatchCommand{"watch", "Print the changes of a bus as they happen",
+                            "  zunic_inspect watch                          changes on the channel OXABus\n"
+                            "  zunic_inspect watch --ignore link --for 30s  without links, for 30 seconds\n"
+                            "  zunic_inspect watch --until dead-process     until a process has died\n"
                             "  zunic_inspect watch --json | jq --unbuffered -c 'select(.kind == \"process\")'\n",
                             addWatchOptions};
 

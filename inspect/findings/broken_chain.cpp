@@ -26,9 +26,9 @@ void addSharedEntries(const std::vector<Slot>& slots, Faults& faults)
         const auto& [entry, message] = memberships[i];
         const auto& [entryBefore, messageBefore] = memberships[i - 1];
         if (entry == entryBefore && message != messageBefore) {
-            const std::string shared = "entry " + std::to_string(entry) + " is in the chain of slot ";
-            faults.try_emplace(messageBefore, shared + std::to_string(message) + ", too");
-            faults.try_emplace(message, shared + std::to_string(messageBefore) + ", too");
+            const std::string shared = "entry " + std::to_string(entry) + " is also in the chain of slot ";
+            faults.try_emplace(messageBefore, shared + std::to_string(message));
+            faults.try_emplace(message, shared + std::to_string(messageBefore));
         }
     }
 }
@@ -69,11 +69,10 @@ void find(const Looks& looks, Report& report)
 
 extern const Rule cBrokenChain{
     {"broken-chain", Severity::eError,
-     "The chain of a message's data entries has an index that is none, an entry that is not data, a loop, or an entry "
-     "that another chain has, too; with a second look, in both.",
-     "The message cannot be read as it was sent.",
-     "With one look only, a message that was taken away while it was read.",
-     "Save the state, and look for a process that writes where it should not, or died while writing."},
+     "The chain of data entries of a message contains an invalid index, an entry that is not data, a loop, or an entry "
+     "of another chain; with two looks, in both.",
+     "The message cannot be read as it was sent.", "With one look only: a message that is removed while it is read.",
+     "Save the state, and find the process that writes to the wrong place or died while writing."},
     find};
 
 } // namespace Inspect

@@ -23,11 +23,11 @@ void find(const Looks& looks, Report& report)
 
 } // namespace
 
-extern const Rule cDanglingLink{
-    {"dangling-link", Severity::eError, "A receiver set names an id that no interface in use has.",
-     "Messages are addressed to nobody, and to whoever is given that id next.",
-     "None is known: all interfaces are of one moment.",
-     "Find out which interface had that id, and why it was taken back without the connection."},
-    find};
+extern const Rule cDanglingLink{{"dangling-link", Severity::eError,
+                                 "A receiver set contains an id that no interface in use has.",
+                                 "Messages are sent to a missing interface, or to the next one that gets the id.",
+                                 "None known: all interfaces are copied at the same moment.",
+                                 "Find out which interface had the id, and why it was removed without its links."},
+                                find};
 
 } // namespace Inspect

@@ -42,11 +42,11 @@ void find(const Looks& looks, Report& report)
         const Subject subject{SubjectKind::eProcess, id, process.mApplication.value_or("")};
         const std::string communicators = "communicators " + listed(registration.mIds);
         if (process.mLiving == Living::eUnknown) {
-            report.add(Severity::eNote, subject, "not to be known; " + communicators);
+            report.add(Severity::eNote, subject, "unknown; " + communicators);
         } else if (process.mLiving == Living::eNo) {
             report.add(subject, "no such process; " + communicators);
         } else if (isAnotherProcess(*registration.mCommunicator, sameBefore(looks, *registration.mCommunicator))) {
-            report.add(subject, "another process has that id now; " + communicators);
+            report.add(subject, "the id belongs to another process now; " + communicators);
         }
     }
 }
@@ -55,12 +55,12 @@ void find(const Looks& looks, Report& report)
 
 extern const Rule cDeadProcess{
     {"dead-process", Severity::eError,
-     "A communicator is registered whose process does not exist or is a zombie, or has another start time than in the "
+     "A communicator is registered, but its process does not exist, is a zombie, or has another start time than in the "
      "first look.",
-     "What the process provided is still listed, and nobody will answer.",
-     "With one look only, a process that took back its registration and ended in that moment. Where /proc tells this "
-     "user nothing of a process, or not its start time, the finding is a note.",
-     "Find out why it ended (journal, core dumps), and have its registration taken back."},
+     "Its interfaces are still registered, but nothing answers.",
+     "With one look only: a process that unregisters and exits at that moment. If /proc hides the process or its start "
+     "time from this user, the finding is a note.",
+     "Find out why it ended (journal, core dump), and restart it or have its registration removed."},
     find};
 
 } // namespace Inspect

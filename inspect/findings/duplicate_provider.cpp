@@ -31,10 +31,11 @@ void find(const Looks& looks, Report& report)
 } // namespace
 
 extern const Rule cDuplicateProvider{
-    {"duplicate-provider", Severity::eWarning, "Two registered skeletons have one interface name, role and domain.",
-     "Which of them a user gets is a matter of chance.",
-     "Some providers are doubled on purpose, to share the work or to take over.",
-     "Find out which process is the wrong one; a second instance was perhaps started by mistake."},
+    {"duplicate-provider", Severity::eWarning,
+     "Two registered skeletons have the same interface name, role and domain.",
+     "Which of them a user gets is undefined.",
+     "Providers that are duplicated on purpose, to share load or for failover.",
+     "Find out which process should not run. A second instance was probably started by mistake."},
     find};
 
 } // namespace Inspect

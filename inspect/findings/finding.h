@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <string>
 
-// What is wrong with a bus, as far as its state tells.
+// What is wrong with a bus, as far as its state shows.
 
 namespace Inspect {
 
@@ -42,7 +42,7 @@ struct Subject
 struct FindingKind
 {
     const char* mCode;       ///< such as "dead-process": stable, scripts build on it
-    Severity mSeverity;      ///< the gravest that it can have
+    Severity mSeverity;      ///< the highest that it can have
     const char* mDefinition; ///< when it is true
     const char* mReason;     ///< why that matters
     const char* mFalseAlarms;
@@ -63,7 +63,7 @@ const char* severityWord(Severity severity);
 /// "interface", "process", ... ; "bus".
 const char* subjectWord(SubjectKind kind);
 
-/// As docs/bus_check.schema.json tells it.
+/// As described in docs/bus_check.schema.json.
 Json toJson(const Finding& finding);
 
 } // namespace Inspect

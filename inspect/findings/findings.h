@@ -17,8 +17,8 @@ std::span<const FindingKind* const> findingKinds();
 /// The kind with that code, be it of a bus or of a contract; null when there is none.
 const FindingKind* findingKind(std::string_view code);
 
-/// What is wrong with the bus, gravest first, those of one severity in the order of `findingKinds`. Findings that show
-/// only over time are claimed when there is a look before this one.
+/// What is wrong with the bus, most severe first, those of one severity in the order of `findingKinds`. Findings that
+/// show only over time are claimed when there is a look before this one.
 std::vector<Finding> findAll(const BusIndex& now, const BusIndex* before = nullptr);
 
 /// Adds what of the contract is not kept to what `findAll` found. With a contract, a stub without a provider is an

@@ -21,10 +21,10 @@ void find(const Looks& looks, Report& report)
         const Key key{interface.mName, version.mMajor, version.mMinor, version.mRevision};
         const Interface& first = *firsts.try_emplace(key, &interface).first->second;
         if (first.mFunctions != interface.mFunctions) {
-            report.add(subjectOf(interface), std::to_string(interface.mFunctions->size()) + " functions, interface " +
-                                                 std::to_string(first.mId) + " of the same version " +
-                                                 versionWord(version) + " has " +
-                                                 std::to_string(first.mFunctions->size()) + ", or others");
+            report.add(subjectOf(interface),
+                       std::to_string(interface.mFunctions->size()) + " functions, different from the " +
+                           std::to_string(first.mFunctions->size()) + " of interface " + std::to_string(first.mId) +
+                           " of the same version " + versionWord(version));
         }
     }
 }
@@ -32,10 +32,11 @@ void find(const Looks& looks, Report& report)
 } // namespace
 
 extern const Rule cFunctionSkew{
-    {"function-skew", Severity::eWarning, "Skeletons of one interface name and version have different function names.",
-     "A user calls a function by its position: it gets another one, or none.",
-     "Function names are read after the registry: one that was registered anew in between.",
-     "Build both providers from the same description of the interface, or count the version up."},
+    {"function-skew", Severity::eWarning,
+     "Skeletons with the same interface name and version have different functions.",
+     "Users call functions by position and can reach the wrong one.",
+     "Function names are read after the registry: an interface that registers again in between.",
+     "Build both providers from the same interface description, or increase the version."},
     find};
 
 } // namespace Inspect

@@ -124,10 +124,10 @@ void find(const Looks& looks, Report& report)
 
 extern const Rule cNearMiss{
     {"near-miss", Severity::eNote,
-     "A stub without a provider has a name that is within two edits of that of a skeleton without users, or the same "
-     "one in another domain.",
-     "One of both is perhaps misspelt.",
-     "Names that differ in a number. Where more than 64 names share a third of their letters, one may be missed.",
+     "The name of a stub without provider is within two edits of the name of a skeleton without users, or equal to it "
+     "in another domain.",
+     "One of the two is probably a typo.",
+     "Names that differ in a number. If more than 64 names share a third of their letters, a match can be missed.",
      "Compare both names and domains letter by letter."},
     find};
 

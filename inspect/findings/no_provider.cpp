@@ -15,12 +15,13 @@ void find(const Looks& looks, Report& report)
 
 } // namespace
 
-extern const Rule cNoProvider{
-    {"no-provider", Severity::eWarning,
-     "A stub is in use, and no skeleton in use has its interface name and domain. An error if there is a contract.",
-     "Whoever uses it waits for nothing.",
-     "During start-up, users may come before their providers. Some services are optional: --ignore no-provider.",
-     "Start the process that provides it, or compare name and domain on both sides."},
-    find};
+extern const Rule cNoProvider{{"no-provider", Severity::eWarning,
+                               "A stub is in use, but no skeleton in use has its interface name and domain. With a "
+                               "contract, the severity is error.",
+                               "Its user gets no answer.",
+                               "During start-up, users can register before their providers. Some services are "
+                               "optional: use --ignore no-provider.",
+                               "Start the provider, or compare name and domain on both sides."},
+                              find};
 
 } // namespace Inspect

@@ -56,11 +56,11 @@ void find(const Looks& looks, Report& report)
 
 extern const Rule cNotConnected{
     {"not-connected", Severity::eWarning,
-     "A registered stub and a registered skeleton have one interface name and domain, and in neither of two looks a "
-     "receiver set connects the stub with any such skeleton.",
-     "Both sides are there, and still nothing gets from one to the other.",
-     "Roles may be meant to keep them apart. Only a second look shows it.",
-     "Compare versions and roles of both sides, and look into the logs of the one that came later."},
+     "A registered stub is connected to none of the registered skeletons with its interface name and domain, in both "
+     "looks.",
+     "Both sides are present, but no message passes between them.",
+     "Roles can separate them on purpose. Needs a second look.",
+     "Compare the versions and roles of both sides, and read the log of the side that registered later."},
     find};
 
 } // namespace Inspect

@@ -17,11 +17,10 @@ void find(const Looks& looks, Report& report)
 } // namespace
 
 extern const Rule cOrphanInterface{
-    {"orphan-interface", Severity::eError,
-     "An interface is in use whose communicator is not in the table of communicators.",
-     "Nobody owns it: nobody will answer for it or take it back.",
-     "None is known: both tables are of one moment. An interface that names no communicator at all is not meant.",
-     "Find out whose it was, and why only half of that process's registration was taken back."},
+    {"orphan-interface", Severity::eError, "An interface is in use, but its communicator is not registered.",
+     "It has no owner that answers or removes it.",
+     "None known: both tables are copied at the same moment. Interfaces without a communicator id are not reported.",
+     "Find out which process owned it, and why only part of its registration was removed."},
     find};
 
 } // namespace Inspect

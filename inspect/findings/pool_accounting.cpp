@@ -32,12 +32,11 @@ void find(const Looks& looks, Report& report)
 
 extern const Rule cPoolAccounting{
     {"pool-accounting", Severity::eError,
-     "A memory manager has more blocks in use than in all, fewer in all than initially, or "
-     "others than initially though "
-     "it cannot grow; with a second look, in both.",
-     "Its figures are damaged, and perhaps not they alone.",
-     "With one look only, a pool that grew while its figures were read.",
-     "Save the state, and look for a process that writes where it should not."},
+     "A memory manager has more used than total blocks, fewer blocks than initially, or a different number than "
+     "initially although it cannot grow; with two looks, in both.",
+     "Its figures are damaged, and possibly other memory too.",
+     "With one look only: a pool that grows while its figures are read.",
+     "Save the state, and find the process that writes to the wrong place."},
     find};
 
 } // namespace Inspect

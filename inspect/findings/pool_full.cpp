@@ -29,11 +29,11 @@ void find(const Looks& looks, Report& report)
 
 extern const Rule cPoolFull{
     {"pool-full", Severity::eError,
-     "A memory manager has no free block and none to add. A warning in one look, an error in two.",
-     "Whoever needs a block of that size gets none: messages are lost, functions cannot be published.",
-     "A short burst can fill a pool in both looks. One that may still grow is never told, even where it has reached "
-     "its largest size, which the data do not tell.",
-     "Give that memory manager more blocks, or find out who keeps them."},
+     "A memory manager has no free block and cannot grow: a warning in one look, an error in two.",
+     "No process can get a block of this size: messages are lost and functions cannot be published.",
+     "A short burst can fill a pool in both looks. Pools that can grow are not reported, even at their largest size, "
+     "which the data do not contain.",
+     "Configure more blocks for this memory manager, or find out which processes hold them."},
     find};
 
 } // namespace Inspect

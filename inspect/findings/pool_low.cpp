@@ -19,10 +19,11 @@ void find(const Looks& looks, Report& report)
 
 } // namespace
 
-extern const Rule cPoolLow{
-    {"pool-low", Severity::eWarning, "A memory manager has fewer than a tenth of its blocks free, and none to add.",
-     "The next burst fills it.", "Pools that are cut to fit. One that may still grow is never told.",
-     "Give that memory manager more blocks, or find out who keeps them."},
-    find};
+extern const Rule cPoolLow{{"pool-low", Severity::eWarning,
+                            "Less than a tenth of the blocks of a memory manager are free, and it cannot grow.",
+                            "The next burst can fill it.",
+                            "Pools that are sized without reserve on purpose. Pools that can grow are not reported.",
+                            "Configure more blocks for this memory manager, or find out which processes hold them."},
+                           find};
 
 } // namespace Inspect

@@ -21,9 +21,9 @@ void find(const Looks& looks, Report& report)
 
 extern const Rule cRegistryFull{
     {"registry-full", Severity::eWarning,
-     "More than nine tenths of the 1,024 entries for interfaces, or of those for communicators, are in use.",
-     "Soon nobody can register any more.", "A bus that is meant to be that full.",
-     "Look for processes with more communicators or interfaces than they need, and for dead ones."},
+     "More than nine tenths of the 1,024 interface entries or of the 1,024 communicator entries are in use.",
+     "Soon no process can register.", "A bus that is planned to be this full.",
+     "Find dead processes, and processes with more communicators or interfaces than they need."},
     find};
 
 } // namespace Inspect

@@ -21,8 +21,8 @@ void find(const Looks& looks, Report& report)
 
 extern const Rule cSlotsLow{
     {"slots-low", Severity::eError,
-     "Fewer than a tenth of the message slots are free: a warning; an error when there is none in two looks.",
-     "Whoever wants to send finds no slot.", "A short burst, in one look.",
+     "Less than a tenth of the message slots are free: a warning. None is free in both looks: an error.",
+     "Senders find no free slot.", "With one look only: a short burst.",
      "Find out whose messages fill the storage: zunic_inspect list messages -o SENDER,NAME,STATE."},
     find};
 

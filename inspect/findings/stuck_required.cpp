@@ -28,10 +28,10 @@ void find(const Looks& looks, Report& report)
 } // namespace
 
 extern const Rule cStuckRequired{
-    {"stuck-required", Severity::eWarning, "An interface is preregistered in two looks.",
-     "Somebody waits for it, and it does not come.",
-     "A provider that takes longer to start than the time between the looks. Only a second look shows it.",
-     "Find out what keeps its process from registering it."},
+    {"stuck-required", Severity::eWarning, "An interface is preregistered in both looks.",
+     "A process requires it, and it is not registered.",
+     "A provider that takes longer to start than the time between the looks. Needs a second look.",
+     "Find out why its process does not register it."},
     find};
 
 } // namespace Inspect

@@ -5,7 +5,7 @@ namespace Inspect {
 
 namespace {
 
-/// What is to be said of whoever keeps the slot; an error unless it may still go on.
+/// Describes the sender that keeps the slot; an error unless it may still go on.
 std::pair<Severity, std::string> senderOf(const BusIndex& index, const Slot& slot)
 {
     const Interface* const sender = index.interfaceWithId(slot.mSenderId);
@@ -14,7 +14,7 @@ std::pair<Severity, std::string> senderOf(const BusIndex& index, const Slot& slo
     }
     const Communicator* const owner = index.ownerOf(*sender);
     if (owner == nullptr) {
-        return {Severity::eError, "belongs to nobody"};
+        return {Severity::eError, "has no owner"};
     }
     const std::string process = "process " + std::to_string(owner->mProcessId);
     switch (owner->mProcess.mLiving) {
@@ -25,7 +25,7 @@ std::pair<Severity, std::string> senderOf(const BusIndex& index, const Slot& slo
     case Living::eUnknown:
         break;
     }
-    return {Severity::eWarning, "of " + process + ", which is not to be known of"};
+    return {Severity::eWarning, "of " + process + ", which is unknown"};
 }
 
 void find(const Looks& looks, Report& report)
@@ -45,12 +45,11 @@ void find(const Looks& looks, Report& report)
 
 extern const Rule cStuckSlot{
     {"stuck-slot", Severity::eError,
-     "A message slot is reserved or being written for the same sender with the same counter in two looks: a warning; "
-     "an "
-     "error when the sender's process is dead or its id is not in use.",
-     "The slot is lost until somebody frees it.",
-     "A sender that fills a large message for longer than the time between the looks. Only a second look shows it.",
-     "Look at what the sender's process is doing (a debugger, its stack), or why it died."},
+     "A message slot is reserved or being written for the same sender with the same counter in both looks: a warning, "
+     "or an error if the process of the sender is dead or its id is not in use.",
+     "The slot is lost until a process frees it.",
+     "A sender that needs longer than the time between the looks for a large message. Needs a second look.",
+     "Examine the sender with a debugger, or find out why it died."},
     find};
 
 } // namespace Inspect

@@ -34,10 +34,10 @@ void find(const Looks& looks, Report& report)
 } // namespace
 
 extern const Rule cUndelivered{
-    {"undelivered", Severity::eError, "A message has a receiver that is not in use, the same in two looks.",
-     "Nobody will read it for that receiver: the slot stays taken.",
-     "None is known. Only a second look shows it: one that was just taken back will be removed from its messages.",
-     "Find out which interface had that id, and why it left without its messages."},
+    {"undelivered", Severity::eError, "The same message has a receiver that is not in use, in both looks.",
+     "No process reads it for that receiver, so the slot stays occupied.",
+     "None known. Needs a second look: a receiver that has just unregistered is removed from its messages.",
+     "Find out which interface had the id, and why it unregistered without reading its messages."},
     find};
 
 } // namespace Inspect

@@ -34,18 +34,18 @@ void find(const Looks& looks, Report& report)
     for (const auto& [skeleton, stubs] : users) {
         const Interface& stub = **stubs.begin();
         report.add(subjectOf(*skeleton),
-                   versionWord(skeleton->mVersion) + "; users of another version: " + std::to_string(stubs.size()) +
-                       ", first of them interface " + std::to_string(stub.mId) + " of " + versionWord(stub.mVersion));
+                   versionWord(skeleton->mVersion) + "; users with another version: " + std::to_string(stubs.size()) +
+                       ", the first is interface " + std::to_string(stub.mId) + " of " + versionWord(stub.mVersion));
     }
 }
 
 } // namespace
 
-extern const Rule cVersionSkew{
-    {"version-skew", Severity::eWarning, "A skeleton and a stub that are connected have different versions.",
-     "They may understand one message in two ways.",
-     "Versions that are made to work together: those that differ only in the last number, often.",
-     "Update the older side, or make sure that both versions are compatible."},
-    find};
+extern const Rule cVersionSkew{{"version-skew", Severity::eWarning,
+                                "A skeleton and a stub are connected and have different versions.",
+                                "They can interpret the same message differently.",
+                                "Compatible versions, often those that differ only in the last number.",
+                                "Update the older side, or verify that both versions are compatible."},
+                               find};
 
 } // namespace Inspect

@@ -32,7 +32,7 @@ private:
     struct Entry
     {
         Process mProcess;
-        int mDescriptor = -1; ///< tells of its end; -1: it has ended, or the system gave none
+        int mDescriptor = -1; ///< readable when it ends; -1: it has ended, or the system gave none
     };
 
     void noteEnds();

@@ -13,7 +13,7 @@ namespace Inspect {
 
 namespace {
 
-/// Whether there is such a process, as far as the system tells this user without /proc.
+/// Whether there is such a process, as far as this user can see it without /proc.
 Living livingById(std::uint32_t processId)
 {
     if (processId == 0 || processId > static_cast<std::uint32_t>(std::numeric_limits<pid_t>::max())) {

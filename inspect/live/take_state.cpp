@@ -86,14 +86,14 @@ void remember(const Channel::RegistryTables& tables, Remembered& remembered)
     *remembered.mTables = tables;
 }
 
-/// `before` is null for one who remembers nothing. None when nothing has changed since then.
+/// `before`: null remembers nothing. None when nothing has changed since then.
 std::optional<BusState> take(const std::string& name, const Wanted& wanted, Remembered* before)
 {
     const Attachment channel = attach(name);
     BusState state;
     const Channel::RegistryCopy copy = Channel::copyRegistry(channel.get(), &state.mMutexHeld);
     if (copy == nullptr) {
-        throw NoChannel("the registry mutex of channel \"" + name + "\" could not be taken");
+        throw NoChannel("cannot lock the registry mutex of channel \"" + name + "\"");
     }
     if (wanted.mMemoryManagers) {
         readMemoryManagers(channel.get(), state.mMemoryManagers);

@@ -11,7 +11,7 @@
 
 namespace Inspect {
 
-/// There is no usable channel of that name, or its registry mutex could not be taken; `what` says so in one line.
+/// There is no usable channel of that name, or its registry mutex could not be locked; `what` says so in one line.
 class NoChannel : public Failure
 {
 public:

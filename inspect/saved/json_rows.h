@@ -8,7 +8,7 @@
 
 namespace Inspect {
 
-constexpr auto cListSchema = "zunic-bus-list/1"; ///< as docs/bus_list.schema.json tells it
+constexpr auto cListSchema = "zunic-bus-list/1"; ///< described in docs/bus_list.schema.json
 
 /// Writes {"schema": ..., "WHAT": [row, ...]}, a row a line, each when it is added: there may be sixty thousand.
 class JsonRows

@@ -18,7 +18,7 @@ std::string readText(std::istream& in)
     while (in.read(block.data(), block.size()), in.gcount() > 0) {
         text.append(block.data(), static_cast<std::size_t>(in.gcount()));
         if (text.size() > cMostBytes) {
-            throw NoState("larger than any state: more than 1 GiB");
+            throw NoState("too large: more than 1 GiB");
         }
     }
     if (in.bad()) {

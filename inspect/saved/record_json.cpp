@@ -38,7 +38,7 @@ void readValue(const JsonPlace& place, Words words, Number& number)
     }
     const auto found = numberFor(words, place.text());
     if (!found) {
-        place.expected("a word that the schema has");
+        place.expected("one of the values in the schema");
     }
     number = static_cast<Number>(*found);
 }
@@ -55,7 +55,7 @@ void readValue(const JsonPlace& place, Words words, Enumeration& value)
 {
     const auto number = numberFor(words, place.text());
     if (!number) {
-        place.expected("a word that the schema has");
+        place.expected("one of the values in the schema");
     }
     value = static_cast<Enumeration>(*number);
 }

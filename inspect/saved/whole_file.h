@@ -21,7 +21,7 @@ constexpr mode_t cOwnerOnly = 0600;   ///< for what holds message data about oth
 constexpr mode_t cForEveryone = 0644; ///< readable by everyone
 
 /// Lets `write` write into a file beside `path` with these permissions, whatever the umask, and moves it into its place
-/// when all of it is on the disk: whoever looks finds the file of before or the whole new one. A symbolic link in that
+/// when all of it is on the disk: a reader finds the old file or the whole new one. A symbolic link in that
 /// place is replaced, not followed. Throws NotSaved, and leaves nothing behind then.
 void writeWholeFile(const std::string& path, mode_t permissions, const std::function<void(std::ostream&)>& write);
 

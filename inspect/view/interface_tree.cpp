@@ -68,7 +68,7 @@ private:
         const auto& holders = mIndex.holdersOf(interface.mId);
         if (holders.empty()) {
             if (interface.mType == Oxa::eInterfaceInstanceTypeStub) {
-                mTable.addBranch({label("provided by nobody")}, root);
+                mTable.addBranch({label("no providers")}, root);
             }
             return;
         }
@@ -82,7 +82,7 @@ private:
     {
         if (interface.mReceivers.empty()) {
             if (interface.mType == Oxa::eInterfaceInstanceTypeSkeleton) {
-                mTable.addBranch({label("used by nobody")}, root);
+                mTable.addBranch({label("no users")}, root);
             }
             return;
         }
@@ -96,7 +96,7 @@ private:
     {
         const auto users = mIndex.interfacesWithId(id);
         if (users.empty()) {
-            mTable.addBranch({{"not there", cBadColor, Blanks::eKept}, {}, {}, numberCell(id)}, parent);
+            mTable.addBranch({{"missing", cBadColor, Blanks::eKept}, {}, {}, numberCell(id)}, parent);
         }
         for (const Interface& user : users) {
             addInterface(user, parent);

@@ -12,7 +12,7 @@ namespace {
 
 constexpr auto cNothing = "-";
 
-/// The library tells of a lack of memory, and of nothing else.
+/// The library reports only a lack of memory.
 template <typename Pointer>
 Pointer* checked(Pointer* made)
 {

@@ -24,7 +24,7 @@ std::size_t placeOf(const std::string& name, std::span<const Column> columns)
     const auto found = std::ranges::find_if(
         columns, [&](const Column& column) { return strcasecmp(column.mName, name.c_str()) == 0; });
     if (found == columns.end()) {
-        throw UsageMistake("unknown column: " + name + " (there are " + namesOf(columns) + ")");
+        throw UsageMistake("unknown column " + name + " (columns: " + namesOf(columns) + ")");
     }
     return static_cast<std::size_t>(found - columns.begin());
 }

@@ -30,8 +30,7 @@ std::string columnsHelp()
 {
     std::string text;
     for (const ListKind* const kind : cKinds) {
-        text +=
-            std::string(text.empty() ? "" : "\n") + "Columns of " + kind->mWord + " (* unless others are chosen):\n";
+        text += std::string(text.empty() ? "" : "\n") + "Columns of " + kind->mWord + " (* default):\n";
         for (const Column& column : kind->mColumns) {
             std::string name = std::string(column.mShown == Shown::eAlways ? "* " : "  ") + column.mName;
             name.resize(std::max<std::size_t>(name.size() + 1, 17), ' ');
@@ -46,7 +45,7 @@ const ListKind& kindFor(const std::string& word)
 {
     const auto found = std::ranges::find(cKinds, word, [](const ListKind* kind) { return std::string(kind->mWord); });
     if (found == cKinds.end()) {
-        throw UsageMistake("cannot list " + word + " (see --help)");
+        throw UsageMistake("unknown list " + word + " (see --help)");
     }
     return **found;
 }
@@ -98,7 +97,7 @@ ExitStatus runList(const ListKind& kind, const ListOptions& options, std::ostrea
         out << listTable(kind, rows, places, options.mStyle);
     }
     if (rows.empty()) {
-        complain(std::string("no ") + kind.mOne + " fits");
+        complain(std::string("no matching ") + kind.mOne);
         return eExitNo;
     }
     return eExitYes;
@@ -108,16 +107,16 @@ Run addListOptions(CLI::App& part)
 {
     const auto options = std::make_shared<ListOptions>();
     part.add_option("what", options->mWhat,
-                    "interfaces (if nothing is said), communicators, processes, memory, messages")
+                    "What to list: interfaces (default), communicators, processes, memory or messages")
         ->type_name("")
         ->multi_option_policy(CLI::MultiOptionPolicy::Throw);
     addSourceOptions(part, options->mSource);
-    auto* const json = part.add_flag("--json", options->mJson, "JSON instead of a table");
-    part.add_option("-o,--output", options->mColumns, "These columns only; +COLUMN,... adds some")
+    auto* const json = part.add_flag("--json", options->mJson, "Print JSON instead of a table");
+    part.add_option("-o,--output", options->mColumns, "Print these columns only; +COLUMN,... adds to the default ones")
         ->type_name("COLUMN,...")
         ->excludes(json);
     addStyleOptions(part, options->mStyle);
-    part.add_option("--name", options->mFilter.mName, "Interfaces with names like this")
+    part.add_option("--name", options->mFilter.mName, "Only names that match the shell pattern")
         ->type_name("PATTERN")
         ->group("Filters");
     addFilterOptions(part, options->mFilter);
@@ -131,12 +130,12 @@ Run addListOptions(CLI::App& part)
 
 } // namespace
 
-const Command cListCommand{"list", "Show what is on a bus, as a table",
-                           "  zunic_inspect list                           the interfaces on the channel OXABus\n"
-                           "  zunic_inspect list --name Clock -o ROLE,APP  who provides and who uses Clock\n"
-                           "  zunic_inspect list --type stub --app 'nav*'  what the applications nav* use\n"
-                           "  zunic_inspect list processes -c other        the processes on another channel\n"
-                           "  zunic_inspect list messages --from bus.json  what lay in the message storage then\n",
+const Command cListCommand{"list", "List interfaces, processes, memory or messages",
+                           "  zunic_inspect list                           interfaces on the channel OXABus\n"
+                           "  zunic_inspect list --name Clock -o ROLE,APP  providers and users of Clock\n"
+                           "  zunic_inspect list --type stub --app 'nav*'  interfaces that nav* uses\n"
+                           "  zunic_inspect list processes -c other        processes on another channel\n"
+                           "  zunic_inspect list messages --from bus.json  messages of a saved state\n",
                            addListOptions};
 
 } // namespace Inspect

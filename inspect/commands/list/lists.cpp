@@ -69,15 +69,15 @@ const std::vector<Column> cInterfaceColumns{
     column(&Interface::mDomain, "its domain"),
     column(&Interface::mType, "skeleton (provides it) or stub (uses it)"),
     column(&Interface::mVersion, "its version"),
-    column(&Interface::mState, "registered, or preregistered: required, but not there yet"),
+    column(&Interface::mState, "registered or preregistered (required, not registered yet)"),
     column("COMM", "id of its communicator", ColumnKind::eNumber, communicatorIdCell, Shown::eOnRequest),
-    column("FUNCTIONS", "how many functions it has", ColumnKind::eNumber, functionCountCell, Shown::eOnRequest,
+    column("FUNCTIONS", "number of its functions", ColumnKind::eNumber, functionCountCell, Shown::eOnRequest,
            cFunctions),
-    column("RECEIVERS", "how many interfaces are in its receiver set", ColumnKind::eNumber, receiverCountCell,
+    column("RECEIVERS", "number of interfaces in its receiver set", ColumnKind::eNumber, receiverCountCell,
            Shown::eOnRequest),
-    column(&Communicator::mProcessId, "process that it belongs to"),
-    column(&Process::mLiving, "whether that process lives", Shown::eOnRequest, cProcesses),
-    column(&Process::mApplication, "application of that process", Shown::eAlways, cProcesses),
+    column(&Communicator::mProcessId, "id of its process"),
+    column(&Process::mLiving, "whether its process is alive", Shown::eOnRequest, cProcesses),
+    column(&Process::mApplication, "application of its process", Shown::eAlways, cProcesses),
 };
 
 std::vector<ListRow> communicatorRows(const BusIndex& index, const InterfaceFilter& filter)
@@ -99,14 +99,13 @@ std::vector<ListRow> communicatorRows(const BusIndex& index, const InterfaceFilt
 
 const std::vector<Column> cCommunicatorColumns{
     column(&Communicator::mId, "id of the communicator"),
-    column(&Communicator::mState, "registered, for one"),
-    column("INTERFACES", "how many interfaces belong to it", ColumnKind::eNumber,
+    column(&Communicator::mState, "its registration state"),
+    column("INTERFACES", "number of its interfaces", ColumnKind::eNumber,
            [](const ListRow& row) { return numberCell(row.mInterfaces); }),
-    column(&Communicator::mProcessId, "process that it belongs to"),
-    column(&Process::mStartedAfterBoot, "when that process started, in seconds after the boot", Shown::eAlways,
-           cProcesses),
-    column(&Process::mLiving, "whether it lives", Shown::eAlways, cProcesses),
-    column(&Process::mApplication, "its application", Shown::eAlways, cProcesses),
+    column(&Communicator::mProcessId, "id of its process"),
+    column(&Process::mStartedAfterBoot, "start of its process, in seconds since boot", Shown::eAlways, cProcesses),
+    column(&Process::mLiving, "whether its process is alive", Shown::eAlways, cProcesses),
+    column(&Process::mApplication, "application of its process", Shown::eAlways, cProcesses),
 };
 
 std::vector<ListRow> processRows(const BusIndex& index, const InterfaceFilter& filter)
@@ -162,11 +161,11 @@ Json processJson(const ListRow& row)
 
 const std::vector<Column> cProcessColumns{
     column(&Communicator::mProcessId, "id of the process"),
-    column(&Process::mStartedAfterBoot, "when it started, in seconds after the boot", Shown::eAlways, cProcesses),
-    column(&Process::mLiving, "whether it lives", Shown::eAlways, cProcesses),
-    column("PROVIDES", "how many interfaces it provides: registered skeletons", ColumnKind::eNumber,
+    column(&Process::mStartedAfterBoot, "its start, in seconds since boot", Shown::eAlways, cProcesses),
+    column(&Process::mLiving, "whether it is alive", Shown::eAlways, cProcesses),
+    column("PROVIDES", "number of interfaces it provides: registered skeletons", ColumnKind::eNumber,
            [](const ListRow& row) { return numberCell(countProvided(row)); }),
-    column("USES", "how many interfaces it uses: registered stubs", ColumnKind::eNumber,
+    column("USES", "number of interfaces it uses: registered stubs", ColumnKind::eNumber,
            [](const ListRow& row) { return numberCell(countUsed(row)); }),
     column("COMMUNICATORS", "ids of its communicators", ColumnKind::eText,
            [](const ListRow& row) { return idsCell(communicatorIds(row)); }),
@@ -186,13 +185,13 @@ const std::vector<Column> cMemoryColumns{
     column("MANAGER", "index of the memory manager", ColumnKind::eNumber,
            [](const ListRow& row) { return numberCell(row.mKey); }),
     column(&Channel::MemoryManagerFigures::mBlockSize, "size of a block in bytes"),
-    column(&Channel::MemoryManagerFigures::mInitialBlocks, "blocks in the beginning"),
-    column(&Channel::MemoryManagerFigures::mAdditionalBlocks, "blocks that each enlargement adds"),
+    column(&Channel::MemoryManagerFigures::mInitialBlocks, "blocks at first"),
+    column(&Channel::MemoryManagerFigures::mAdditionalBlocks, "blocks added by each enlargement"),
     column(&Channel::MemoryManagerFigures::mTotalBlocks, "blocks now"),
     column(&Channel::MemoryManagerFigures::mUsedBlocks, "blocks in use"),
-    column("FREE", "blocks not in use", ColumnKind::eNumber,
+    column("FREE", "free blocks", ColumnKind::eNumber,
            [](const ListRow& row) { return freeBlocksCell(*row.record<Channel::MemoryManagerFigures>()); }),
-    column("USE%", "share in use", ColumnKind::eNumber,
+    column("USE%", "share of blocks in use", ColumnKind::eNumber,
            [](const ListRow& row) { return usedShareCell(*row.record<Channel::MemoryManagerFigures>()); }),
 };
 
@@ -208,17 +207,16 @@ std::vector<ListRow> messageRows(const BusIndex& index, const InterfaceFilter& /
 
 const std::vector<Column> cMessageColumns{
     column(&Slot::mIndex, "index of the slot"),
-    column(&Slot::mState,
-           "reserved, written (being filled), message (there to be read) or data (of a message's chain)"),
+    column(&Slot::mState, "reserved, written (being filled), message or data"),
     column(&Slot::mWriterCounter, "writer counter"),
     column(&Slot::mUserDataSize, "size of the user data"),
     column(&Slot::mSenderId, "id of the sending interface"),
-    column(&Interface::mName, "its name"),
-    column(&Interface::mRole, "its role", Shown::eOnRequest),
+    column(&Interface::mName, "name of the sender"),
+    column(&Interface::mRole, "role of the sender", Shown::eOnRequest),
     column(&Slot::mReceivers, "ids of the receiving interfaces"),
-    column(&Slot::mChain, "slots with its data entries, in their order"),
+    column(&Slot::mChain, "slots of its data entries, in order"),
     column(&Slot::mExternal, "memory manager and block of its external data entry"),
-    column("FAULT", "what ends its data entries before their time, and at which slot", ColumnKind::eText,
+    column("FAULT", "why its chain is broken, and at which slot", ColumnKind::eText,
            [](const ListRow& row) { return chainFaultCell(row.record<Slot>()->mChain); }),
 };
 

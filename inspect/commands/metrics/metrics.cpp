@@ -119,31 +119,31 @@ void addTaken(MetricsText& text, const Looks& looks)
     text.add(looks.mNow.state().mTakenAt.time_since_epoch());
 }
 
-constexpr Metric cTaken{"zunic_taken_timestamp_seconds", "When the bus was looked at, since 1970 in UTC.", addTaken};
+constexpr Metric cTaken{"zunic_taken_timestamp_seconds", "Time of the look, in seconds since 1970 UTC.", addTaken};
 
 constexpr std::initializer_list<Metric> cMetrics{
     cTaken,
     {"zunic_interfaces", "Interfaces in use, by type and registration state.", addInterfaces},
-    {"zunic_links", "Interfaces named in the receiver sets of all interfaces in use.", addLinks},
+    {"zunic_links", "Interfaces in the receiver sets of all interfaces in use.", addLinks},
     {"zunic_communicators", "Registered communicators.", addCommunicators},
-    {"zunic_dead_processes", "Processes with a registered communicator that do not exist, or are zombies.",
+    {"zunic_dead_processes", "Processes with a registered communicator that do not exist or are zombies.",
      addDeadProcesses},
     {"zunic_message_slots", "Message slots, by state.", addSlots},
     {"zunic_messages_written_modulo_65536", "The writer counter: messages written so far, modulo 65,536.",
      addWriterCounter},
-    {"zunic_memory_blocks", "Blocks that a memory manager has.",
+    {"zunic_memory_blocks", "Blocks of a memory manager.",
      addOfEachManager<&Channel::MemoryManagerFigures::mTotalBlocks>},
     {"zunic_memory_blocks_used", "Blocks of a memory manager that are in use.",
      addOfEachManager<&Channel::MemoryManagerFigures::mUsedBlocks>},
     {"zunic_memory_block_size_bytes", "Size of each block of a memory manager.",
      addOfEachManager<&Channel::MemoryManagerFigures::mBlockSize>},
-    {"zunic_findings", "What is wrong with the bus, by code and severity, as zunic_inspect check has it.", addFindings},
-    {"zunic_mutex_held_seconds", "How long this look held the mutex of the registry.", addMutexHeld},
+    {"zunic_findings", "Findings of zunic_inspect check, by code and severity.", addFindings},
+    {"zunic_mutex_held_seconds", "Time for which this look held the registry mutex.", addMutexHeld},
 };
 
 void beginWithUp(MetricsText& text, bool isUp)
 {
-    text.begin("zunic_up", "1 if the bus could be read; 0 if there is none, or its mutex could not be taken.");
+    text.begin("zunic_up", "1 if the bus could be read; 0 if there is none or its mutex could not be locked.");
     text.add(isUp ? 1 : 0);
 }
 
@@ -166,11 +166,13 @@ Run addMetricsOptions(CLI::App& part)
 {
     const auto options = std::make_shared<MetricsOptions>();
     addLookSourceOptions(part, options->mSource);
-    part.add_option("--output", options->mOutput, "Write this file, for everyone to read, instead of standard output")
+    part.add_option("--output", options->mOutput,
+                    "Write to this file, readable by everyone, instead of standard output")
         ->type_name("FILE")
         ->check(complaintAboutFile, "");
-    part.footer("The file is replaced in one move when all of it is written. When the channel cannot be read, it says\n"
-                "zunic_up 0, and the exit status is 4. Findings that show only over time need the second look.");
+    part.footer("The format is OpenMetrics text. If the channel cannot be read, zunic_up is 0,\n"
+                "and the exit status is 4. The file is replaced atomically. Findings that\n"
+                "show only over time need the second look.");
     return [options](std::ostream& out) { return runMetrics(*options, out); };
 }
 
@@ -211,12 +213,11 @@ ExitStatus runMetrics(const MetricsOptions& options, std::ostream& out)
     }
 }
 
-const Command cMetricsCommand{
-    "metrics", "Tell the figures of a bus to Prometheus, as OpenMetrics text",
-    "  zunic_inspect metrics                           two looks, two seconds apart\n"
-    "  zunic_inspect metrics --again 0                 one look, without what shows only over time\n"
-    "  zunic_inspect metrics --output /var/lib/prometheus/node-exporter/zunic.prom\n"
-    "                                                  for the node exporter: every minute, by cron\n",
-    addMetricsOptions};
+const Command cMetricsCommand{"metrics", "Print metrics of a bus for Prometheus",
+                              "  zunic_inspect metrics                           two looks, two seconds apart\n"
+                              "  zunic_inspect metrics --again 0                 one look\n"
+                              "  zunic_inspect metrics --output /var/lib/prometheus/node-exporter/zunic.prom\n"
+                              "                                                  for the node exporter, by cron\n",
+                              addMetricsOptions};
 
 } // namespace Inspect

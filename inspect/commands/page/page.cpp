@@ -32,14 +32,13 @@ ExitStatus runPage(const PageOptions& options, std::ostream& out)
 Run addPageOptions(CLI::App& part)
 {
     const auto options = std::make_shared<PageOptions>();
-    part.add_option("file", options->mFile, "The file to write, as HTML; \"-\" is standard output")
+    part.add_option("file", options->mFile, "HTML file to write (\"-\": standard output)")
         ->required()
         ->type_name("FILE")
         ->multi_option_policy(CLI::MultiOptionPolicy::Throw);
     addSourceOptions(part, options->mSource);
-    part.footer(
-        "The page needs no network and no other file. It is replaced in one move when all of it is written, and\n"
-        "only its owner may read it.");
+    part.footer("The page needs no network and no other file. It is replaced atomically, and only\n"
+                "its owner may read it.");
     return [options](std::ostream& out) { return runPage(*options, out); };
 }
 
@@ -50,9 +49,9 @@ void writePage(std::ostream& out, const BusState& state, const std::vector<Findi
     out << cPageBeforeData << pageData(state, findings) << cPageAfterData;
 }
 
-const Command cPageCommand{"page", "Write a page for a browser: search, walk, see what is full or dead",
-                           "  zunic_inspect page bus.html                  the bus as it is now\n"
-                           "  zunic_inspect page bus.html --from bus.json  as it was when it was saved\n",
+const Command cPageCommand{"page", "Write an HTML page to search and browse a state",
+                           "  zunic_inspect page bus.html                  the live bus\n"
+                           "  zunic_inspect page bus.html --from bus.json  a saved state\n",
                            addPageOptions};
 
 } // namespace Inspect

@@ -54,8 +54,8 @@ void appendProcess(Lines& lines, std::uint32_t processId, const BusState& state)
     const BusIndex index(state);
     InterfaceFilter filter;
     filter.mOwner.mProcessId = processId;
-    append(lines, "Its interfaces:", listTable(cInterfaceList, index, filter));
-    append(lines, "Its communicators:", listTable(cCommunicatorList, index, filter));
+    append(lines, "Interfaces:", listTable(cInterfaceList, index, filter));
+    append(lines, "Communicators:", listTable(cCommunicatorList, index, filter));
 }
 
 /// Its receivers by name, and the slots of its chain.
@@ -70,10 +70,10 @@ void appendSlot(Lines& lines, std::uint32_t index, const BusState& state)
     for (const std::uint16_t id : slot->mReceivers) {
         const auto receiver = std::ranges::lower_bound(state.mInterfaces, id, {}, &Interface::mId);
         const bool isThere = receiver != state.mInterfaces.end() && receiver->mId == id;
-        receivers.addLine({numberCell(id), isThere ? Cell{receiver->mName} : Cell{"not there", nullptr, Blanks::eKept},
+        receivers.addLine({numberCell(id), isThere ? Cell{receiver->mName} : Cell{"missing", nullptr, Blanks::eKept},
                            isThere ? Cell{receiver->mRole} : Cell{}});
     }
-    append(lines, "Its receivers:", slot->mReceivers.empty() ? "" : receivers.text());
+    append(lines, "Receivers:", slot->mReceivers.empty() ? "" : receivers.text());
     Table chain({{"SLOT", ColumnKind::eNumber}, {"STATE", ColumnKind::eWord}, {"SENDER", ColumnKind::eNumber}}, {});
     for (const Channel::DataEntry& entry : slot->mChain.mEntries) {
         chain.addLine(
@@ -83,7 +83,7 @@ void appendSlot(Lines& lines, std::uint32_t index, const BusState& state)
         chain.addLine({numberCell(slot->mChain.mNextIndex), Cell{chainEndWord(slot->mChain.mEnd)}, Cell{}});
     }
     const bool hasChain = !slot->mChain.mEntries.empty() || slot->mChain.mEnd != Channel::ChainEnd::eWhole;
-    append(lines, "Its chain:", hasChain ? chain.text() : "");
+    append(lines, "Chain:", hasChain ? chain.text() : "");
 }
 
 } // namespace

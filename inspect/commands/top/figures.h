@@ -12,14 +12,14 @@ namespace Inspect {
 struct Rate
 {
     double mPerSecond = 0;
-    /// It may be higher: the counter may have wrapped once more than its two values tell.
+    /// It may be higher: the counter may have wrapped once more than its two values show.
     bool mIsAtLeast = false;
 
     bool operator==(const Rate& other) const = default;
 };
 
-/// What two values of a writer counter, which wraps at 16 bits, tell when so much time lies between them. No bus is
-/// taken to write more than 50,000 messages a second, unless the values come near that by themselves.
+/// The rate between two values of a writer counter, which wraps at 16 bits, that are `elapsed` apart. No bus is assumed
+/// to write more than 50,000 messages a second, unless the values come near that by themselves.
 Rate messageRate(std::uint16_t before, std::uint16_t now, std::chrono::duration<double> elapsed);
 
 } // namespace Inspect

@@ -51,7 +51,7 @@ FieldLine titleFields(const HeadOptions& options, const BusState* now)
         const bool isSlower = options.mPause > options.mInterval;
         fields.push_back({"every " + durationText(isSlower ? options.mPause : options.mInterval)});
         if (isSlower) {
-            fields.push_back({"(as a look costs so much)"});
+            fields.push_back({"(looks are expensive)"});
         }
     }
     return fields;

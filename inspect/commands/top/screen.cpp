@@ -54,10 +54,10 @@ void checkTerminal()
 {
     const char* const name = std::getenv("TERM");
     const std::string quoted = "the terminal \"" + std::string(name == nullptr ? "" : name) + "\" ";
-    constexpr auto cHint = "; see watch and list, or set TERM";
+    constexpr auto cHint = "; use watch or list, or set TERM";
     int found = 0;
     if (setupterm(nullptr, STDOUT_FILENO, &found) == ERR) {
-        throw std::runtime_error(quoted + "is not known here" + cHint);
+        throw std::runtime_error(quoted + "is unknown" + cHint);
     }
     // NOLINTNEXTLINE(performance-no-int-to-ptr): that is how the library says it.
     const bool canMove = tigetstr("cup") != nullptr && tigetstr("cup") != reinterpret_cast<char*>(-1);
@@ -133,7 +133,7 @@ Key keyOfCode(wint_t code)
 Screen::Screen(bool areColorsWanted)
 {
     if (isatty(STDIN_FILENO) == 0 || isatty(STDOUT_FILENO) == 0) {
-        throw std::runtime_error("top needs a terminal; without one, watch follows a bus, and list shows it");
+        throw std::runtime_error("top needs a terminal; without one, use watch or list");
     }
     checkTerminal();
     takeSignals();

@@ -39,8 +39,8 @@ struct Style
     bool mIsReversed = false;
 };
 
-/// The terminal as one screen that is drawn anew, from construction to destruction, which gives it back as it was. Only
-/// what has changed is sent. It can be stopped and continued. There can be one only.
+/// Takes over the terminal as one full screen, from construction to destruction, which restores it. Only what has
+/// changed is sent. It can be stopped and continued. There can be one only.
 class Screen
 {
 public:

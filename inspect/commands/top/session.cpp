@@ -153,7 +153,7 @@ void Session::command(char key)
     case '-':
         return changeInterval(std::ranges::lower_bound(cIntervals, mInterval) - 1);
     case 'd':
-        mEntry = {"look every: ", false, {}};
+        mEntry = {"interval: ", false, {}};
         return;
     case 'h':
     case '?':
@@ -290,7 +290,7 @@ void Session::paint()
 {
     mScreen.erase();
     if (mScreen.width() < cLeastWidth || mScreen.height() < cLeastHeight) {
-        paintText(mScreen, 0, "needs 40 x 10");
+        paintText(mScreen, 0, "needs at least 40 x 10");
     } else {
         const std::size_t first = paintHead();
         paintSheet({first, mScreen.height() - 1 - first});
@@ -324,7 +324,7 @@ void Session::paintSheet(const Area& area)
 std::vector<std::string> Session::openedLines()
 {
     if (mBus.now() == nullptr || !view().chosen() || mOpened != view().chosen()) {
-        return {"It is no longer there."};
+        return {"No longer present."};
     }
     return detailLines(view(), *mBus.now(), mScreen.width());
 }
@@ -341,10 +341,10 @@ std::string Session::lastLine()
     std::string text =
         std::string(view().kind().mWord) + " " + std::to_string(position) + "/" + std::to_string(view().size());
     if (!view().filter().empty()) {
-        text += " with \"" + printable(view().filter(), Blanks::eKept) + "\"";
+        text += " matching \"" + printable(view().filter(), Blanks::eKept) + "\"";
     }
     return text +
-           (mSheet == Sheet::eTable ? "  h help  1-4 tables  / filter  Enter open  q quit" : "  Esc close  q quit");
+           (mSheet == Sheet::eTable ? "  h help  1-4 tables  / filter  Enter details  q quit" : "  Esc close  q quit");
 }
 
 } // namespace Inspect

@@ -59,7 +59,7 @@ public:
     std::size_t size() const { return mOrder.size(); }
     /// Position of the chosen line; 0 when there is none.
     std::size_t position() const { return mPosition; }
-    /// What tells the chosen line from others: see ListRow. None when nothing is shown.
+    /// The key of the chosen line: see ListRow. None when nothing is shown.
     std::optional<std::uint32_t> chosen() const;
     /// Each column of the chosen line, also those that are not shown; none when nothing is shown.
     std::vector<std::pair<Column, Cell>> chosenCells() const;

@@ -19,10 +19,10 @@ Run addTopOptions(CLI::App& part)
             [options](const std::string& text) {
                 options->mInterval = readInterval("--interval", text, cShortestInterval);
             },
-            "Look again after this: 500ms, 2s, 1m (1s)")
+            "Time between two looks: 500ms, 2s, 1m (default: 1s)")
         ->type_name("TIME");
     addColorOption(part, options->mHasColors);
-    part.footer("The key h shows all keys; q quits. It needs a terminal: watch follows a bus without one.");
+    part.footer("Press h for help, q to quit. Without a terminal, use watch or list.");
     return [options](std::ostream&) {
         Session(*options).run();
         return eExitYes;
@@ -31,9 +31,9 @@ Run addTopOptions(CLI::App& part)
 
 } // namespace
 
-const Command cTopCommand{"top", "Follow a bus on a full screen, as it changes",
-                          "  zunic_inspect top                            the channel OXABus; h shows the keys\n"
-                          "  zunic_inspect top -c other --interval 5s     another one, slowly\n",
+const Command cTopCommand{"top", "Follow a bus on the full screen",
+                          "  zunic_inspect top                            the channel OXABus\n"
+                          "  zunic_inspect top -c other --interval 5s     another channel, every 5 seconds\n",
                           addTopOptions};
 
 } // namespace Inspect

@@ -13,34 +13,33 @@ namespace {
 constexpr FindingKind cMissing{"contract-missing",
                                Severity::eError,
                                "The contract expects an interface that is not registered.",
-                               "What needs it does not work.",
-                               "During start-up, whatever has not come yet.",
-                               "Start the process that it should come from, or correct the contract."};
+                               "Its users do not work.",
+                               "During start-up, interfaces that are not registered yet.",
+                               "Start its provider, or correct the contract."};
 constexpr FindingKind cForbidden{"contract-forbidden",
                                  Severity::eError,
-                                 "An interface is in use that the contract forbids.",
-                                 "It was left out on purpose: a test interface in the field, for one.",
-                                 "None is known.",
-                                 "Find out who started that process, or correct the contract."};
+                                 "An interface that the contract forbids is in use.",
+                                 "It is forbidden on purpose, for example a test interface in the field.",
+                                 "None known.",
+                                 "Find out why the process runs, or correct the contract."};
 constexpr FindingKind cVersion{"contract-version",
                                Severity::eError,
                                "An interface is older than the contract expects.",
-                               "Users may need what it does not have yet.",
-                               "None is known.",
-                               "Update that process, or correct the contract."};
-constexpr FindingKind cApplication{
-    "contract-application",
-    Severity::eError,
-    "An interface is provided or used by another application than the contract expects.",
-    "Somebody has taken its place.",
-    "An executable that was renamed. Where the application is not to be known, the finding is a note.",
-    "Find out what that process is, or correct the contract."};
+                               "Users can need features that it lacks.",
+                               "None known.",
+                               "Update the process, or correct the contract."};
+constexpr FindingKind cApplication{"contract-application",
+                                   Severity::eError,
+                                   "An interface is provided or used by another application than the contract expects.",
+                                   "Another program has taken its place.",
+                                   "A renamed executable. If the application is unknown, the finding is a note.",
+                                   "Find out which program it is, or correct the contract."};
 constexpr FindingKind cUsers{"contract-users",
                              Severity::eError,
-                             "Fewer or more registered stubs are connected to an interface than the contract expects.",
-                             "Some user has not come, or is there twice.",
-                             "During start-up, whoever has not come yet.",
-                             "Look for the users with zunic_inspect show, or correct the contract."};
+                             "More or fewer registered stubs are connected to an interface than the contract expects.",
+                             "A user is missing, or runs twice.",
+                             "During start-up, users that are not registered yet.",
+                             "List the users with zunic_inspect show, or correct the contract."};
 
 constexpr std::array cKinds{&cMissing, &cForbidden, &cVersion, &cApplication, &cUsers};
 
@@ -120,7 +119,7 @@ private:
         const Communicator* const owner = mIndex.ownerOf(interface);
         const std::string expected = "; expected " + quoted(*expectation.mApplication);
         if (owner == nullptr || !owner->mProcess.mApplication) {
-            add(cApplication, subjectOf(interface), "not to be known" + expected, Severity::eNote);
+            add(cApplication, subjectOf(interface), "unknown" + expected, Severity::eNote);
         } else if (fnmatch(expectation.mApplication->c_str(), owner->mProcess.mApplication->c_str(), 0) != 0) {
             add(cApplication, subjectOf(interface), quoted(*owner->mProcess.mApplication) + expected);
         }

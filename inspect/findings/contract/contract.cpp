@@ -19,7 +19,7 @@ void requireKnownMembers(const JsonPlace& place, std::initializer_list<std::stri
     }
     for (const auto& [key, value] : place.value().items()) {
         if (std::ranges::find(known, key) == known.end()) {
-            place[key.c_str()].expected("no such member");
+            place[key.c_str()].expected("no member of this name");
         }
     }
 }

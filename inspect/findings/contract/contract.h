@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-// Which interfaces have to be on a bus, and which must not: a JSON file, as docs/bus_contract.schema.json tells it.
+// Which interfaces have to be on a bus, and which must not: a JSON file, described in docs/bus_contract.schema.json.
 
 namespace Inspect {
 

@@ -20,7 +20,7 @@ using Identity = std::tuple<std::string_view, std::string_view, std::string_view
 struct Kept
 {
     Oxa::Version mLeastVersion;
-    std::optional<std::string> mApplication; ///< none when they belong to several, or it is not to be known
+    std::optional<std::string> mApplication; ///< none when they belong to several, or it is unknown
     std::size_t mLeastUsers;
 };
 

@@ -44,7 +44,7 @@ const interfaceFacts = face => facts([
   ['Domain', nameElement(face.domain)],
   ['Id', String(face.id)],
   ['Type', badge(face.type, face.type)],
-  ['State', face.isRequired ? badge('preregistered: required, but not there yet', 'required') : face.state],
+  ['State', face.isRequired ? badge('preregistered: required, but not registered yet', 'required') : face.state],
   ['Version', face.version],
   ['Process', processLink(face.process)],
   ['Communicator', face.communicator === null ? 'none' : String(face.communicator)],
@@ -54,10 +54,10 @@ const interfaceFacts = face => facts([
 ]);
 
 const processFacts = process => facts([
-  ['Application', process.application === null ? 'not to be known' : nameElement(process.application)],
+  ['Application', process.application === null ? 'unknown' : nameElement(process.application)],
   ['PID', process.key],
   ['Living', livingCell(process)],
-  ['Started', process.started === null ? 'not to be known' : `${startedText(process)} s after the boot`],
+  ['Started', process.started === null ? 'unknown' : `${startedText(process)} s after boot`],
   ['Communicators', process.communicators.map(one => one.state === 'registered' ? one.id : `${one.id} (${one.state})`).join(', ')],
   ['Interfaces', filterLink('interfaces', `pid:${process.pid}`, countText(process.interfaces.length, 'interface'))]
 ]);
@@ -65,13 +65,13 @@ const processFacts = process => facts([
 const memoryFacts = manager => facts([
   ['Use', usage(manager)],
   ['Block size', `${numberText(manager.block_size)} bytes`],
-  ['Blocks used', numberText(manager.used_blocks)],
-  ['Blocks now', numberText(manager.total_blocks)],
-  ['Blocks in the beginning', numberText(manager.initial_blocks)],
-  ['An enlargement adds', numberText(manager.additional_blocks)]
+  ['Used blocks', numberText(manager.used_blocks)],
+  ['Total blocks', numberText(manager.total_blocks)],
+  ['Initial blocks', numberText(manager.initial_blocks)],
+  ['Additional blocks', numberText(manager.additional_blocks)]
 ]);
 
-const chainFact = slot => slot.message ? ['Belongs to the message in', slotLink(slot.message.index)]
+const chainFact = slot => slot.message ? ['Part of the message in', slotLink(slot.message.index)]
   : slot.chain && ['Data entries', ...listed(slot.chain.entries, slotLink)];
 
 function externalFact({ external }) {
@@ -81,7 +81,7 @@ function externalFact({ external }) {
   const [place, block] = external;
   const manager = thingAt(`memory:${place}`);
   return ['External data', `block ${block} of `, manager ? linkInItsView(manager, `memory manager ${place}`)
-    : `memory manager ${place}, which is not there`];
+    : `memory manager ${place} (missing)`];
 }
 
 const missing = text => badge(text, 'error');
@@ -89,7 +89,7 @@ const receiverLink = id => withId(id).length > 0 ? linkTo(withId(id)[0], String(
 
 const slotFacts = slot => facts([
   ['State', slotBadge(slot)],
-  ['Sender', `${slot.senderId} `, slot.sender ? interfaceLink(slot.sender) : missing('not there')],
+  ['Sender', `${slot.senderId} `, slot.sender ? interfaceLink(slot.sender) : missing('missing')],
   ['Process', processLink(slot.sender && slot.sender.process)],
   ['Writer counter', String(slot.counter)],
   ['User data size', numberText(slot.size)],
@@ -106,7 +106,7 @@ const KINDS = {
   slot: { title: slot => `Slot ${slot.key}`, facts: slotFacts }
 };
 
-export const titleOf = thing => thing ? KINDS[thing.kind].title(thing) : 'Nothing chosen';
+export const titleOf = thing => thing ? KINDS[thing.kind].title(thing) : 'Nothing selected';
 
 export const showDetails = (container, thing) => container.replaceChildren(thing ? KINDS[thing.kind].facts(thing)
-  : html('p', {}, 'Choose a row of the table to see it here, with all that it is connected with.'));
+  : html('p', {}, 'Select a row to see its details and connections.'));

@@ -32,9 +32,9 @@ function showHead() {
     time.toISOString().replace('T', ' ').replace('Z', ' UTC'));
   const rows = [
     ['Taken', taken], ['Machine', nameElement(shown(busState.host || '') || 'unknown')],
-    ['Boot', nameElement(shown(busState.boot_id) || 'not to be known')],
-    ['By', `zunic_inspect ${shown(busState.program_version)}`],
-    ['Holds', [countText(interfaces.length, 'interface'), countText(linkCount, 'link'), countText(processes.length, 'process', 'processes'),
+    ['Boot id', nameElement(shown(busState.boot_id) || 'unknown')],
+    ['Saved by', `zunic_inspect ${shown(busState.program_version)}`],
+    ['Contents', [countText(interfaces.length, 'interface'), countText(linkCount, 'link'), countText(processes.length, 'process', 'processes'),
       `${numberText(slots.length)} of ${countText(storageSize, 'slot')} in use`].join(', ')]
   ];
   byId('facts').append(...rows.map(([title, content]) => html('div', {}, html('dt', {}, title), html('dd', {}, content))));

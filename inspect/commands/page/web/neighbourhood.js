@@ -87,7 +87,7 @@ class AbsentNode extends Node {
 
   element() {
     return svg('g', { class: 'node absent' }, this.frame(), this.line(20, `interface ${this.faces[0].id}`, 'name'),
-      this.line(38, 'not there', ''));
+      this.line(38, 'missing', ''));
   }
 }
 
@@ -247,7 +247,7 @@ function picture(thing, neighbours, width, isAllWanted) {
 }
 
 function pictureLegend() {
-  const kinds = [['skeleton', 'skeleton: provides'], ['stub', 'stub: uses'], ['required', 'required: not there yet'], ['dead', 'process is dead']];
+  const kinds = [['skeleton', 'skeleton: provides'], ['stub', 'stub: uses'], ['required', 'required: not registered yet'], ['dead', 'process is dead']];
   return html('ul', { class: 'legend' }, ...kinds.map(([look, label]) => html('li', {},
     html('span', { class: `swatch ${look}`, 'aria-hidden': 'true' }), label)));
 }
@@ -262,7 +262,7 @@ export function showNeighbourhood(container, thing, isAllWanted) {
   const { element, left } = picture(thing, neighbours, Math.max(LEAST_WIDTH, container.clientWidth - 4), isAllWanted);
   container.replaceChildren(element, pictureLegend());
   if (left > 0) {
-    const button = html('button', { type: 'button' }, `Draw ${countText(left, 'more process', 'more processes')}`);
+    const button = html('button', { type: 'button' }, `Show ${countText(left, 'more process', 'more processes')}`);
     button.addEventListener('click', () => showNeighbourhood(container, thing, true));
     container.append(button);
   }

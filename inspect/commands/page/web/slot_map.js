@@ -64,7 +64,7 @@ export class SlotMap {
   build() {
     this.columns = this.columnsThatFit();
     this.rows = Math.ceil(this.count / this.columns);
-    this.canvas = html('canvas', { role: 'img', 'aria-label': `Map of the message slots: ${totalTexts().join(', ')}. The table has the same.` });
+    this.canvas = html('canvas', { role: 'img', 'aria-label': `Map of the message slots: ${totalTexts().join(', ')}. The table lists them.` });
     const tip = html('p', { class: 'tip', 'aria-hidden': 'true' }, '');
     this.canvas.addEventListener('mousemove', event => { tip.textContent = describe(this.indexAt(event)); });
     this.canvas.addEventListener('mouseleave', () => { tip.textContent = ''; });

@@ -118,7 +118,7 @@ class Table {
   }
 }
 
-const linkWith = (thing, text, address) => link(html('a', {}, nameElement(text || 'without a name')), () => address(thing));
+const linkWith = (thing, text, address) => link(html('a', {}, nameElement(text || '(no name)')), () => address(thing));
 export const linkTo = (thing, text) => linkWith(thing, text, ofThing);
 export const linkInItsView = (thing, text) => linkWith(thing, text, inItsView);
 const chooses = text => ({ cell: thing => linkTo(thing, text(thing)) });
@@ -139,7 +139,7 @@ const interfaceTable = new Table('Interfaces', interfaces, [
   new NumberColumn('providers', 'Providers', face => face.providers.length),
   new NumberColumn('users', 'Users', face => face.receivers.ids.length),
   new IdColumn('communicator', 'Communicator', face => face.communicator, { isHidden: true })
-], { one: 'interface', hint: 'Words that all have to occur; type:stub, app:nav or pid:1234 asks one column.' });
+], { one: 'interface', hint: 'Finds rows that contain all words; type:stub, app:nav or pid:1234 searches one column.' });
 
 export const startedText = ({ started }) => started === null ? '' : (started / 1000).toFixed(2);
 
@@ -151,7 +151,7 @@ const processTable = new Table('Processes', processes, [
   new NumberColumn('provides', 'Provides', process => process.registered('skeleton')),
   new NumberColumn('uses', 'Uses', process => process.registered('stub')),
   new Column('communicators', 'Communicators', process => process.communicators.map(one => one.id).join(' '))
-], { one: 'process', many: 'processes', hint: 'Words that all have to occur; living:no asks one column.' });
+], { one: 'process', many: 'processes', hint: 'Finds rows that contain all words; living:no searches one column.' });
 
 const shareText = ({ share }) => share === null ? '' : `${Math.round(share * 100)} %`;
 
@@ -179,7 +179,7 @@ const memoryTable = new Table('Memory managers', memory, [
   new NumberColumn('used', 'Used', manager => manager.used_blocks),
   new NumberColumn('free', 'Free', manager => manager.free),
   new NumberColumn('use', 'Use', manager => manager.share, { text: shareText, cell: usage, width: 220 })
-], { one: 'memory manager', hint: 'The line in a bar tells how many of its blocks were there in the beginning.' });
+], { one: 'memory manager', hint: 'The line in a bar marks the initial number of blocks.' });
 
 const senderName = slot => slot.sender ? slot.sender.name : '';
 
@@ -190,13 +190,13 @@ const messageTable = new Table('Messages', slots, [
   new NumberColumn('size', 'Size', slot => slot.size),
   new IdColumn('sender', 'Sender', slot => slot.senderId),
   new Column('name', 'Name', senderName,
-    { isRelated: true, cell: slot => slot.sender ? linkTo(slot.sender, senderName(slot)) : 'not there' }),
+    { isRelated: true, cell: slot => slot.sender ? linkTo(slot.sender, senderName(slot)) : 'missing' }),
   new Column('to', 'Receivers', slot => slot.receivers.text,
     { isRelated: true, fits: (slot, wanted) => wanted === '' || slot.receivers.has(Number(wanted)) }),
   new Column('data', 'Data', slot => slot.chain ? slot.chain.entries.join(' ') : ''),
   new Column('external', 'External', slot => slot.external ? slot.external.join('/') : ''),
   new Column('fault', 'Fault', slot => slot.fault, { isBadge: true, cell: slot => slot.fault && badge(slot.fault, 'error') })
 ], { one: 'message slot', related: interfaceTable,
-  hint: 'Words that all have to occur; sender:3, to:5 or state:data asks one column.' });
+  hint: 'Finds rows that contain all words; sender:3, to:5 or state:data searches one column.' });
 
 export const tables = { interfaces: interfaceTable, processes: processTable, memory: memoryTable, messages: messageTable };
