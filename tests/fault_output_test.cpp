@@ -2,6 +2,7 @@
 #include "support/inspect.h"
 #include "support/live_bus.h"
 #include "support/soak.h"
+#include "support/stepped_child.h"
 
 #include <cerrno>
 #include <cstddef>
@@ -10,7 +11,7 @@
 #include <grp.h>
 #include <linux/filter.h>
 #include <linux/seccomp.h>
-#include <sys/ptrace.h>
+#include <random>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -30,7 +31,7 @@ namespace fs = std::filesystem;
 
 constexpr uid_t cAttacker = 65534;
 const std::string cOld = "old\n";
-const std::string cNew(100'000, 'n'); ///< more than one write
+const std::string cNew(30'000, 'n'); ///< more than one write
 
 /// Returns the complaint, none if it has been saved.
 std::string save(const std::string& path, const std::string& text = cNew)
@@ -136,7 +137,8 @@ TEST(FaultOfTheOutput, DeviceIsWrittenInto)
     }
     close(opened);
     const LiveBus bus(SCENARIO_DIR "/small.json");
-    for (const std::vector<std::string>& words : {std::vector<std::string>{"save"}, {"page"}, {"metrics", "--output"}}) {
+    for (const std::vector<std::string>& words :
+         {std::vector<std::string>{"save"}, {"page"}, {"metrics", "--again", "0", "--output"}}) {
         for (const auto& [device, status] : {std::pair{null, eYes}, {full, eFailed}}) {
             std::vector<std::string> command = words;
             command.insert(command.end(), {device, "-c", bus.channelName()});
@@ -214,30 +216,69 @@ TEST(FaultOfTheOutput, LinkIsFollowedOnlyWhereNobodyElseCanPutOne)
     EXPECT_EQ(readFile(directory / "below/target"), cNew);
 }
 
-/// Swaps whatever is in the directory, and the directory itself, for links to a victim, until it is killed.
-[[noreturn]] void attack(const fs::path& owned, const fs::path& victims)
+void becomeTheAttacker()
 {
     if (setgroups(0, nullptr) != 0 || setresgid(cAttacker, cAttacker, cAttacker) != 0 ||
         setresuid(cAttacker, cAttacker, cAttacker) != 0) {
         _exit(1);
     }
+}
+
+void exchange(const fs::path& one, const fs::path& other)
+{
+    syscall(SYS_renameat2, AT_FDCWD, one.c_str(), AT_FDCWD, other.c_str(), RENAME_EXCHANGE);
+}
+
+/// Swaps whatever is in the directory, and the directory itself, for links to the victims, until it is killed.
+[[noreturn]] void attack(const fs::path& owned, const fs::path& victims)
+{
+    becomeTheAttacker();
     const fs::path output = owned / "output";
+    const fs::path planted = owned / "planted";
     std::error_code ignored;
-    for (unsigned round = 0;; ++round) {
-        for (const auto& entry : fs::directory_iterator(output, ignored)) {
-            fs::create_symlink(victims / "victim", owned / "planted", ignored);
-            fs::rename(owned / "planted", entry.path(), ignored);
+    fs::create_directory_symlink(victims, owned / "swapped", ignored);
+    for (std::minstd_rand random;;) {
+        const auto action = random() % 8;
+        for (fs::directory_iterator entry(output, ignored); entry != fs::directory_iterator();
+             entry.increment(ignored)) {
+            fs::create_symlink(victims / "victim", planted, ignored);
+            if (action != 0 || entry->path().filename() != "file") {
+                fs::rename(planted, entry->path(), ignored);
+            }
         }
-        if (round % 4 == 0) {
+        if (action < 6) {
             fs::remove(output / "file", ignored);
         }
-        if (round % 4 == 1) {
+        if (action == 1) {
             fs::create_hard_link(victims / "victim", output / "file", ignored);
         }
-        fs::create_directory_symlink(victims, owned / "swapped", ignored);
-        syscall(SYS_renameat2, AT_FDCWD, output.c_str(), AT_FDCWD, (owned / "swapped").c_str(), RENAME_EXCHANGE);
-        syscall(SYS_renameat2, AT_FDCWD, output.c_str(), AT_FDCWD, (owned / "swapped").c_str(), RENAME_EXCHANGE);
+        if (action == 2) {
+            exchange(output, owned / "swapped");
+            exchange(output, owned / "swapped");
+        }
     }
+}
+
+/// Saves again and again next to an attacker.
+void saveUnderAttack(const fs::path& owned, const fs::path& victims, void (*prepare)())
+{
+    ForkedChild attacker([&] {
+        attack(owned, victims);
+        return 1;
+    });
+    ForkedChild saving([&] {
+        prepare();
+        const int tries = rounds(500, 10'000);
+        int saved = 0;
+        for (int i = 0; i < tries; ++i) {
+            saved += save(owned / "output/file", "planted").empty() ? 1 : 0;
+        }
+        figures() << tries << " saves: " << saved << " done, the others refused" << std::endl;
+        return 0;
+    });
+    EXPECT_EQ(saving.wait(), 0);
+    attacker.send(SIGKILL);
+    EXPECT_EQ(attacker.wait(), cKilled);
 }
 
 TEST(FaultOfTheOutput, AttackerInADirectoryOfHisOwn)
@@ -245,72 +286,30 @@ TEST(FaultOfTheOutput, AttackerInADirectoryOfHisOwn)
     if (geteuid() != 0) {
         GTEST_SKIP() << "only root can be another user, too";
     }
-    const TemporaryDirectory directory;
-    ASSERT_EQ(chmod(directory.path().c_str(), 0755), 0);
-    const std::string victims = directory / "victims";
-    fs::create_directories(victims);
-    ASSERT_EQ(chmod(victims.c_str(), 0755), 0);
-    for (const std::string name : {"victim", "file"}) {
-        writeFile(victims + "/" + name, "untouched");
-        ASSERT_EQ(chmod((victims + "/" + name).c_str(), 0644), 0);
-    }
-    const std::string owned = directory / "owned";
-    fs::create_directories(owned + "/output");
-    for (const std::string& path : {owned, owned + "/output"}) {
-        ASSERT_EQ(chown(path.c_str(), cAttacker, cAttacker), 0);
-    }
-    const ino_t victim = statusOf(victims + "/victim").st_ino;
-    const int tries = rounds(500, 10'000);
     for (const auto& [name, prepare] : cFileSystems) {
         SCOPED_TRACE(name);
-        const ForkedChild attacker([&] {
-            attack(owned, victims);
-            return 1;
-        });
-        ForkedChild saving([&, prepare = prepare] {
-            prepare();
-            int saved = 0;
-            for (int i = 0; i < tries; ++i) {
-                saved += save(owned + "/output/file", "planted").empty() ? 1 : 0;
-            }
-            figures() << saved << " of " << tries << " saves done, the others refused" << std::endl;
-            return 0;
-        });
-        EXPECT_EQ(saving.wait(), 0);
-    }
-    EXPECT_EQ(statusOf(victims + "/victim").st_ino, victim);
-    for (const std::string name : {"victim", "file"}) {
-        EXPECT_EQ(readFile(victims + "/" + name), "untouched");
-        EXPECT_EQ(statusOf(victims + "/" + name).st_mode, S_IFREG | 0644U);
-        EXPECT_EQ(statusOf(victims + "/" + name).st_uid, 0U);
-    }
-    EXPECT_EQ(fs::hard_link_count(victims + "/file"), 1U);
-    EXPECT_EQ(std::distance(fs::directory_iterator(victims), {}), 2);
-}
-
-/// Stops a child before and after each of its system calls while it saves, and sends it a signal at the one of this
-/// number. Returns its status.
-int interruptedSave(const std::string& file, void (*prepare)(), int signal, int systemCall)
-{
-    ForkedChild saving([&] {
-        prepare();
-        const bool isTraced = ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) == 0 && raise(SIGSTOP) == 0;
-        return isTraced && save(file).empty() ? 0 : 1;
-    });
-    const pid_t child = saving.processId();
-    for (int stop = 0;; ++stop) {
-        siginfo_t info{};
-        waitid(P_PID, static_cast<id_t>(child), &info, WEXITED | WSTOPPED | WNOWAIT);
-        if (info.si_code != CLD_TRAPPED && info.si_code != CLD_STOPPED) {
-            return saving.wait();
+        const TemporaryDirectory directory;
+        const std::string victims = directory / "victims";
+        const std::string owned = directory / "owned";
+        fs::create_directories(owned + "/output");
+        fs::create_directory(victims);
+        for (const std::string& path : {owned, owned + "/output"}) {
+            ASSERT_EQ(chown(path.c_str(), cAttacker, cAttacker), 0);
         }
-        waitpid(child, nullptr, WUNTRACED);
-        if (stop == systemCall) {
-            saving.send(signal);
-            ptrace(PTRACE_DETACH, child, nullptr, nullptr);
-            return saving.wait();
+        for (const std::string& path : {directory.path().string(), victims}) {
+            ASSERT_EQ(chmod(path.c_str(), 0755), 0);
         }
-        ptrace(PTRACE_SYSCALL, child, nullptr, nullptr);
+        for (const std::string file : {"/victim", "/file"}) {
+            writeFile(victims + file, "untouched");
+            ASSERT_EQ(chmod((victims + file).c_str(), 0644), 0);
+        }
+        saveUnderAttack(owned, victims, prepare);
+        for (const std::string file : {"/victim", "/file"}) {
+            EXPECT_EQ(readFile(victims + file), "untouched");
+            EXPECT_EQ(statusOf(victims + file).st_mode, S_IFREG | 0644U);
+            EXPECT_EQ(statusOf(victims + file).st_uid, 0U);
+        }
+        EXPECT_EQ(std::distance(fs::directory_iterator(victims), {}), 2);
     }
 }
 
@@ -322,30 +321,32 @@ TEST_P(FaultOfTheOutputBySignal, LeavesTheOldOrTheNewFile)
     const int signal = GetParam();
     for (const auto& [name, prepare] : cFileSystems) {
         SCOPED_TRACE(name);
-        const bool isLeftComplete = prepare != denyUnnamedFiles;
         int sent = 0;
         int olds = 0;
         int extras = 0;
-        for (int status = 1; status != 0 || sent < rounds(1, 1000);) {
-            status = 1;
-            for (int systemCall = 0; status != 0; ++systemCall) {
-                const TemporaryDirectory directory;
-                const std::string file = directory / "file";
-                writeFile(file, cOld);
-                status = interruptedSave(file, prepare, signal, systemCall);
-                ASSERT_THAT(status, testing::AnyOf(0, 1000 + signal));
-                const std::string text = readFile(file);
-                ASSERT_TRUE(text == cOld || text == cNew) << systemCall;
-                auto others = directory.entries();
-                others.erase("file");
-                ASSERT_LE(others.size(), signal == SIGKILL ? 1U : 0U) << systemCall;
-                for (const std::string& other : others) {
-                    ASSERT_TRUE(!isLeftComplete || readFile(directory / other) == cNew) << systemCall;
-                }
-                sent += status != 0 ? 1 : 0;
-                olds += text == cOld ? 1 : 0;
-                extras += static_cast<int>(others.size());
+        // Starts again at the first system call after the last one, until enough have been sent.
+        for (int stop = 0; stop != 0 || sent < rounds(1, 1000);) {
+            const TemporaryDirectory directory;
+            const std::string file = directory / "file";
+            writeFile(file, cOld);
+            const auto saving = [&, prepare = prepare] {
+                prepare();
+                return save(file).empty() ? 0 : 1;
+            };
+            const auto [isSent, status] = actAtStop(stop, saving, [&](ForkedChild& child) { child.send(signal); });
+            ASSERT_THAT(status, testing::AnyOf(0, isSent ? 1000 + signal : 0));
+            const std::string text = readFile(file);
+            ASSERT_TRUE(text == cOld || text == cNew) << stop;
+            auto others = directory.entries();
+            others.erase("file");
+            ASSERT_LE(others.size(), signal == SIGKILL ? 1U : 0U) << stop;
+            for (const std::string& other : others) {
+                ASSERT_TRUE(prepare == denyUnnamedFiles || readFile(directory / other) == cNew) << stop;
             }
+            sent += isSent ? 1 : 0;
+            olds += text == cOld ? 1 : 0;
+            extras += static_cast<int>(others.size());
+            stop = isSent ? stop + 1 : 0;
         }
         EXPECT_TRUE(olds > 0 && olds < sent);
         figures() << sent << " signals, " << olds << " left the old file, " << extras << " another one, too\n";

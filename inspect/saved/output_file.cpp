@@ -104,7 +104,7 @@ bool isOpenDescriptor(const Descriptor& directory, const std::string& name)
 Place find(const std::string& path)
 {
     int linksLeft = 40; // as in the kernel
-    Place place{Descriptor(open(".", O_PATH | O_DIRECTORY | O_CLOEXEC)), {}, {}};
+    Place place{Descriptor(open(path.starts_with('/') ? "/" : ".", O_PATH | O_DIRECTORY | O_CLOEXEC)), {}, {}};
     Names names;
     for (prepend(names, path); !names.empty();) {
         place.mName = names.front().empty() ? "." : names.front(); // Empty: after a slash at the end.
