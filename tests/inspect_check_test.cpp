@@ -422,6 +422,14 @@ TEST(Contract, OfABusIsKeptByItAndBrokenByAnother)
     EXPECT_EQ(TestSupport::invalidity("bus_contract.schema.json", contract), "");
     EXPECT_EQ(check({"--expect", contract, "--again", "0", "-c", bus.channelName()}).errors,
               "zunic_inspect: no findings\n");
+    const auto piped = TestSupport::runProgram({"/bin/sh", "-c", "\"$0\" check --expect - --again 0 -c \"$1\" <\"$2\"",
+                                                INSPECT_BINARY, bus.channelName(), contract});
+    EXPECT_EQ(piped.errors, "zunic_inspect: no findings\n");
+    for (const char* const other : {"--expect", "--from"}) {
+        const auto twice = check({other, "-", "--from", "-"});
+        EXPECT_EQ(twice.status, 2);
+        EXPECT_THAT(twice.errors, HasSubstr("standard input"));
+    }
     const TestSupport::LiveBus other(SCENARIO_DIR "/small.json");
     const auto broken = check({"--expect", contract, "--again", "0", "-c", other.channelName()});
     EXPECT_EQ(broken.status, 1);

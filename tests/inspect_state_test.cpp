@@ -1,8 +1,10 @@
+#include "inspect/live/processes.h"
 #include "inspect/live/take_state.h"
+#include "inspect/saved/output_file.h"
 #include "inspect/saved/state_json.h"
-#include "inspect/saved/whole_file.h"
 #include "support/json_schema.h"
 #include "support/live_bus.h"
+#include "support/stepped_child.h"
 #include "support/text.h"
 
 #include "zunic_hosting/hosted_channel.h"
@@ -57,9 +59,8 @@ TEST(BusState, OfALiveBusIsSavedWholeForItsOwnerAlone)
 
     const TestSupport::TemporaryDirectory directory;
     const std::string file = directory / "state.json";
-    std::filesystem::create_symlink("elsewhere", file);
     const auto save = [&](const std::string& path) {
-        writeWholeFile(path, cOwnerOnly, [&](std::ostream& out) { writeState(out, state); });
+        writeOutputFile(path, cOwnerOnly, [&](std::ostream& out) { writeState(out, state); });
     };
     save(file);
     struct stat status = {};
@@ -69,6 +70,29 @@ TEST(BusState, OfALiveBusIsSavedWholeForItsOwnerAlone)
     EXPECT_TRUE(readBack(TestSupport::readFile(file)) == state);
     EXPECT_EQ(TestSupport::invalidity("bus_state.schema.json", file), "");
     EXPECT_THROW(save(directory / "missing/state.json"), NotSaved);
+}
+
+TEST(BusState, OfAProcessThatExitsDuringTheLookIsReadAllTheSame)
+{
+    std::set<int> results;
+    bool isExitSeen = true;
+    for (int stop = 0; isExitSeen; ++stop) {
+        TestSupport::ForkedChild observed([] { return pause(); });
+        const auto look = [&] {
+            try {
+                return static_cast<int>(lookUpProcess(static_cast<std::uint32_t>(observed.processId())).mLiving);
+            } catch (const std::exception&) {
+                return 100;
+            }
+        };
+        const auto [isStopped, living] = TestSupport::actAtStop(stop, look, [&](TestSupport::ForkedChild&) {
+            observed.end();
+            observed.wait();
+        });
+        isExitSeen = isStopped;
+        results.insert(living);
+    }
+    EXPECT_THAT(results, testing::UnorderedElementsAre(static_cast<int>(Living::eYes), static_cast<int>(Living::eNo)));
 }
 
 TEST(BusState, OfMemoryThatHoldsNonsenseIsTheSameAfterwards)

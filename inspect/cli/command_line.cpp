@@ -91,8 +91,11 @@ ExitStatus fail(ExitStatus status, const std::string& why)
 }
 
 /// A reader may close the pipe when it has read enough: no error.
-ExitStatus afterFailedWrite(int error)
+ExitStatus afterFailedStream(const std::ios::failure& failure, int error)
 {
+    if (std::cout.good()) {
+        return fail(eExitFailed, failure.what()); // It was another stream.
+    }
     if (error == EPIPE) {
         return eExitYes;
     }
@@ -132,8 +135,8 @@ ExitStatus runCommandLine(int argc, char** argv, std::span<const Command* const>
         return answer(argc, argv, commands);
     } catch (const Failure& failure) {
         return fail(failure.status(), failure.what());
-    } catch (const std::ios::failure&) {
-        return afterFailedWrite(errno);
+    } catch (const std::ios::failure& failure) {
+        return afterFailedStream(failure, errno);
     } catch (const std::exception& error) {
         return fail(eExitFailed, error.what());
     }

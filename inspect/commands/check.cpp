@@ -133,7 +133,8 @@ Run addCheckOptions(CLI::App& part)
         ->type_name("CODE")
         ->expected(1)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-    part.add_option("--expect", options.mContract, "Also check against this contract (see save --as-contract)")
+    part.add_option("--expect", options.mContract,
+                    "Check against this contract as well, \"-\" for standard input (see save --as-contract)")
         ->type_name("FILE")
         ->check(complaintAboutFile, "");
     part.add_option_function<std::string>(
@@ -142,7 +143,12 @@ Run addCheckOptions(CLI::App& part)
         ->type_name("CODE");
     addStyleOptions(part, options.mStyle);
     part.footer(codesHelp());
-    return [line](std::ostream& out) { return run(*line, out); };
+    return [line](std::ostream& out) {
+        if (line->mOptions.mContract == "-" && std::ranges::count(line->mOptions.mSource.mFrom, "-") > 0) {
+            throw UsageMistake("--expect and --from cannot both read standard input");
+        }
+        return run(*line, out);
+    };
 }
 
 } // namespace

@@ -2,8 +2,8 @@
 #include "inspect/commands/shared_options.h"
 #include "inspect/findings/contract/write_contract.h"
 #include "inspect/live/take_state.h"
+#include "inspect/saved/output_file.h"
 #include "inspect/saved/state_json.h"
-#include "inspect/saved/whole_file.h"
 
 #include <memory>
 
@@ -27,7 +27,7 @@ ExitStatus runSave(const SaveOptions& options, std::ostream& out)
     if (options.mFile == "-") {
         write(out);
     } else {
-        writeWholeFile(options.mFile, cOwnerOnly, write);
+        writeOutputFile(options.mFile, cOwnerOnly, write);
     }
     return eExitYes;
 }

@@ -5,6 +5,7 @@
 #include "inspect/cli/durations.h"
 #include "inspect/findings/findings.h"
 
+#include <algorithm>
 #include <string_view>
 
 namespace Inspect {
@@ -31,6 +32,9 @@ void addLook(LookSource& source, const std::string& file)
 {
     if (source.mFrom.size() == 2) {
         throw UsageMistake("--from: at most two states, the older one first");
+    }
+    if (file == "-" && std::ranges::count(source.mFrom, file) > 0) {
+        throw UsageMistake("--from: only one of two states can be read from standard input");
     }
     source.mFrom.push_back(file);
 }

@@ -36,7 +36,8 @@ struct Stat
 std::optional<Stat> readStat(const std::filesystem::path& folder)
 {
     std::ifstream file(folder / "stat");
-    const std::string text(std::istreambuf_iterator<char>(file), {});
+    std::string text;
+    std::getline(file, text, '\0'); // Unlike an iterator, does not throw if the process exits before the read.
     const std::size_t nameEnd = text.rfind(')');
     if (nameEnd == std::string::npos) {
         return {};

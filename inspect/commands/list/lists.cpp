@@ -252,6 +252,7 @@ std::string listTable(const ListKind& kind, const std::vector<ListRow>& rows, co
                       const TableStyle& style)
 {
     std::vector<Heading> headings;
+    headings.reserve(places.size());
     for (const std::size_t place : places) {
         headings.push_back({kind.mColumns[place].mName, kind.mColumns[place].mKind});
     }

@@ -6,7 +6,7 @@
 #include "inspect/commands/shared_options.h"
 #include "inspect/findings/findings.h"
 #include "inspect/live/take_state.h"
-#include "inspect/saved/whole_file.h"
+#include "inspect/saved/output_file.h"
 
 #include <algorithm>
 #include <functional>
@@ -158,7 +158,7 @@ void deliver(const MetricsOptions& options, std::ostream& out, const std::functi
     if (options.mOutput.empty()) {
         write(out);
     } else {
-        writeWholeFile(options.mOutput, cForEveryone, write);
+        writeOutputFile(options.mOutput, cForEveryone, write);
     }
 }
 

@@ -3,7 +3,7 @@
 #include "inspect/commands/page/page_data.h"
 #include "inspect/commands/page/page_text.h"
 #include "inspect/commands/shared_options.h"
-#include "inspect/saved/whole_file.h"
+#include "inspect/saved/output_file.h"
 
 #include <memory>
 
@@ -24,7 +24,7 @@ ExitStatus runPage(const PageOptions& options, std::ostream& out)
     if (options.mFile == "-") {
         writePage(out, state, findings);
     } else {
-        writeWholeFile(options.mFile, cOwnerOnly, [&](std::ostream& file) { writePage(file, state, findings); });
+        writeOutputFile(options.mFile, cOwnerOnly, [&](std::ostream& file) { writePage(file, state, findings); });
     }
     return eExitYes;
 }

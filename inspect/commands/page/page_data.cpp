@@ -3,10 +3,11 @@
 #include "inspect/bus/fields.h"
 #include "inspect/saved/record_json.h"
 
+#include <algorithm>
 #include <charconv>
 #include <functional>
+#include <iterator>
 #include <nlohmann/json.hpp>
-#include <ranges>
 #include <unordered_map>
 
 namespace Inspect {
@@ -59,13 +60,16 @@ class Writer
 public:
     std::string write(const BusState& state, const std::vector<Finding>& findings)
     {
+        std::vector<Process> processes;
+        processes.reserve(state.mCommunicators.size());
+        std::ranges::transform(state.mCommunicators, std::back_inserter(processes), &Communicator::mProcess);
         object([&] {
             member("state", toJson(state));
             member("no_communicator", Channel::cNoCommunicator);
             table("interfaces", [&] { columns(state.mInterfaces); });
             table("communicators", [&] {
                 columns(state.mCommunicators);
-                columns(state.mCommunicators | std::views::transform(&Communicator::mProcess));
+                columns(processes);
             });
             table("memory_managers", [&] { columns(state.mMemoryManagers); });
             member("message_storage", toJson(state.mMessages));
