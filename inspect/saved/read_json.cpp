@@ -4,6 +4,8 @@
 #include "json/text_position.h"
 
 #include <array>
+#include <cerrno>
+#include <cstring>
 
 namespace Inspect {
 
@@ -22,7 +24,7 @@ std::string readText(std::istream& in)
         }
     }
     if (in.bad()) {
-        throw NoState("cannot be read");
+        throw NoState(std::string("cannot be read: ") + std::strerror(errno));
     }
     return text;
 }
