@@ -204,7 +204,8 @@ TEST(FaultOfTheHoldingEnquirer, PutsOffSignalsUntilTheMutexIsGivenBack)
         ASSERT_TRUE(tool.isRunning()) << strsignal(signal);
         writeFile(directory / "until", "");
         ASSERT_TRUE(waitUntil([&] { return tool.errors().ends_with("given back\n"); })) << strsignal(signal);
-        kill(tool.processId(), SIGCONT);
+        // It may stop only after it was told to go on.
+        ASSERT_TRUE(waitUntil([&] { return kill(tool.processId(), SIGCONT) == 0 && !tool.isRunning(); }));
         EXPECT_EQ(tool.wait(), signal == SIGTSTP ? static_cast<int>(OxaResult::cObjectNotFound.code()) : 1000 + signal);
     }
 }
