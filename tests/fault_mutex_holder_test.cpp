@@ -193,10 +193,11 @@ TEST(FaultOfTheHoldingEnquirer, PutsOffSignalsUntilTheMutexIsGivenBack)
     for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGTSTP}) {
         std::signal(signal, SIG_DFL);
         const TemporaryDirectory directory;
+        // A signal to go on can make the leak detector, which stops the program when it ends, wait for ever.
         Program tool({ENQUIRER_BINARY, "-i", "Clock", channel.name()},
                      {.environment = {{"LD_PRELOAD", LONG_HOLD},
                                       {"HOLD_UNTIL", directory / "until"},
-                                      {"ASAN_OPTIONS", "verify_asan_link_order=0"},
+                                      {"ASAN_OPTIONS", "verify_asan_link_order=0:detect_leaks=0"},
                                       {"DLT_PIPE_DIR", directory.path().string()}}});
         ASSERT_TRUE(waitUntil([&] { return tool.errors().starts_with("held\n"); })) << tool.errors();
         kill(tool.processId(), signal);
@@ -204,8 +205,7 @@ TEST(FaultOfTheHoldingEnquirer, PutsOffSignalsUntilTheMutexIsGivenBack)
         ASSERT_TRUE(tool.isRunning()) << strsignal(signal);
         writeFile(directory / "until", "");
         ASSERT_TRUE(waitUntil([&] { return tool.errors().ends_with("given back\n"); })) << strsignal(signal);
-        // It may stop only after it was told to go on.
-        ASSERT_TRUE(waitUntil([&] { return kill(tool.processId(), SIGCONT) == 0 && !tool.isRunning(); }));
+        kill(tool.processId(), SIGCONT);
         EXPECT_EQ(tool.wait(), signal == SIGTSTP ? static_cast<int>(OxaResult::cObjectNotFound.code()) : 1000 + signal);
     }
 }
