@@ -12,7 +12,7 @@
 namespace Channel {
 
 /// An honest bus has one function storage for each interface. Damaged ones that many interfaces share could stand for
-/// any amount of names: whoever reads those of all interfaces stops after this many bytes.
+/// any amount of names: a reader of those of all interfaces stops after this many bytes.
 constexpr std::size_t cMostFunctionNameBytes = std::size_t{64} << 20;
 
 /// Appends the name of each function in the function storage at `location`, by position, to `names`; they point into

@@ -33,7 +33,7 @@ public:
     /// False when the dispatcher has no array of managers.
     bool isPresent() const { return mManagers != nullptr; }
 
-    /// Read anew with each call: managers may be added meanwhile.
+    /// Read again with each call: managers may be added meanwhile.
     std::uint32_t count() const { return readAt<std::uint32_t>(mDispatcher, cDispatcherManagerCount); }
 
     /// Of the manager `index`, below `count`. What a failing manager does not tell stays 0.

@@ -25,7 +25,7 @@ struct SlotFields
 };
 
 /// The message slots of a channel, read in place while other processes may be changing them: each call loads the
-/// fields that it returns anew, and each of them exactly once.
+/// fields that it returns again, and each of them exactly once.
 class MessageSlots
 {
 public:

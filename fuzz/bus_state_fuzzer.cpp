@@ -33,7 +33,7 @@ std::string written(const Inspect::BusState& state)
     return text.str();
 }
 
-/// A bus keeps the contract that was written of it, but for what is not to be known.
+/// A bus keeps the contract that was written of it, except for what is unknown.
 void holdToItsContract(const Inspect::BusState& state)
 {
     std::stringstream text;

@@ -74,7 +74,7 @@ OxaResult query(Oxa::OxaZunicEnquirer& enquirer)
                                    OxaZunic::eOxaZunicRegistrationStatePreregistered);
 }
 
-/// Runs the tool on one channel, damaged anew for each run.
+/// Runs the tool on one channel, damaged differently for each run.
 class Harness
 {
 public:

@@ -73,7 +73,7 @@ int oxa_mutex_unlock(oxa_mutex* mutex)
     tsanBeforeUnlock(mutex, isHeld);
     int result = PiFutex::unlock(mutex->word);
     tsanAfterUnlock(mutex, isHeld);
-    // Also when the mutex was damaged meanwhile: whoever cannot give it back must not be deaf to Ctrl-C for good.
+    // Also when the mutex was damaged meanwhile: a holder that cannot give it back must not be deaf to Ctrl-C for good.
     if (isHeld) {
         const int restored = pthread_sigmask(SIG_SETMASK, &*savedSignalMask, nullptr);
         savedSignalMask.reset();

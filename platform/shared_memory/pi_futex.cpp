@@ -111,7 +111,7 @@ int take(std::uint32_t& word, std::uint32_t threadId)
     }
     const int result = wait(word);
     if (result == 0) {
-        // The mark of a holder that died; whoever holds the lock now is alive.
+        // The mark of a holder that died; the present holder of the lock is alive.
         __atomic_fetch_and(&word, ~std::uint32_t{FUTEX_OWNER_DIED}, __ATOMIC_ACQUIRE);
     }
     return result;

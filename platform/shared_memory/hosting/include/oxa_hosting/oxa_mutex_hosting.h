@@ -9,7 +9,7 @@
 /// Bytes that a layout sets aside for a mutex.
 constexpr uint32_t cOxaMutexSize = 48;
 
-/// Nothing in it is an address: whoever damages it misleads nobody into other memory.
+/// Nothing in it is an address: damage to it leads nobody into other memory.
 struct oxa_mutex
 {
     uint32_t word; // the kernel's priority-inheriting futex: the holder's thread id and two marks, 0 while free
