@@ -13,8 +13,14 @@
 #include <cstring>
 #include <string_view>
 
-// The bytes of a channel as the processes on the bus write them. All numbers are unsigned, in the byte order of the
-// machine; members named `unread` are the bus's own.
+// The bytes of a channel as the processes on the bus write them. All numbers are unsigned and little-endian; members
+// named `unread` are the bus's own. Which side stores and loads what in which order: docs/memory_ordering.md.
+
+static_assert(std::endian::native == std::endian::little && sizeof(void*) == 8,
+              "channels are little-endian, and handles hold addresses of 8 bytes");
+static_assert(__atomic_always_lock_free(2, nullptr) && __atomic_always_lock_free(4, nullptr) &&
+                  __atomic_always_lock_free(8, nullptr),
+              "a lock inside this process would not order loads against the stores of others");
 
 /// A set of interface ids 0 to 1023: bit b of word w stands for the id 64 * w + b.
 struct oxa_zunic_receiver_bitfield_struct
@@ -199,6 +205,13 @@ template <typename Value>
 Value loadShared(const Value& field)
 {
     return __atomic_load_n(&field, __ATOMIC_RELAXED);
+}
+
+/// Likewise a field that is published after the others of its record: those, loaded afterwards, are at least as new.
+template <typename Value>
+Value loadPublished(const Value& field)
+{
+    return __atomic_load_n(&field, __ATOMIC_ACQUIRE);
 }
 
 /// A name ends at its NUL or at the end of its field.

@@ -5,6 +5,7 @@
 
 #include "oxa/oxa_memory_manager.h"
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 
@@ -33,8 +34,13 @@ public:
     /// False when the dispatcher has no array of managers.
     bool isPresent() const { return mManagers != nullptr; }
 
-    /// Read again with each call: managers may be added meanwhile.
-    std::uint32_t count() const { return readAt<std::uint32_t>(mDispatcher, cDispatcherManagerCount); }
+    /// Read again with each call: managers may be added meanwhile, and are complete when they are counted.
+    std::uint32_t count() const
+    {
+        const auto count = readAt<std::uint32_t>(mDispatcher, cDispatcherManagerCount);
+        std::atomic_thread_fence(std::memory_order_acquire);
+        return count;
+    }
 
     /// Of the manager `index`, below `count`. What a failing manager does not tell stays 0.
     MemoryManagerFigures figures(std::size_t index) const

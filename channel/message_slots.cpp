@@ -58,7 +58,7 @@ SlotHead MessageSlots::head(std::uint32_t index) const
     if (index >= mReadable) {
         return {};
     }
-    const std::uint16_t word = loadShared(mSlots[index].state_and_sender);
+    const std::uint16_t word = loadPublished(mSlots[index].state_and_sender);
     const auto senderId = static_cast<std::uint16_t>(word >> 4);
     return {stateOf(word & 0xF, senderId), senderId};
 }

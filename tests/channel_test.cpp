@@ -227,3 +227,15 @@ TEST(AttachingToAChannel, tellsWhetherTheHostHasFinished)
     }
     oxa_zunic_communication_channel_destroy(handle);
 }
+
+TEST(AttachingToAChannel, doesNotTrustWhatWasReadBeforeTheHostHasFinished)
+{
+    const HostedChannel host = createChannel();
+    auto* const superblock = reinterpret_cast<Superblock*>(host.bytes().data());
+    superblock->initialized = 0;
+    oxa_zunic_communication_channel* handle = nullptr;
+    ASSERT_EQ(oxa_zunic_communication_channel_create(host.name().c_str(), &handle), 0);
+    superblock->initialized = 1;
+    EXPECT_FALSE(oxa_zunic_communication_channel_is_initialized(handle));
+    oxa_zunic_communication_channel_destroy(handle);
+}

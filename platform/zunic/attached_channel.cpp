@@ -88,7 +88,7 @@ int AttachedChannel::remap(int descriptor, std::uint64_t begin, std::uint64_t en
 bool AttachedChannel::isInitialized() const
 {
     const auto* const superblock = reinterpret_cast<const Superblock*>(mBytes);
-    return __atomic_load_n(&superblock->initialized, __ATOMIC_ACQUIRE) == 1;
+    return mGeometry.superblock.initialized == 1 && __atomic_load_n(&superblock->initialized, __ATOMIC_ACQUIRE) == 1;
 }
 
 MemoryManagerEntry* AttachedChannel::memoryManagers() const

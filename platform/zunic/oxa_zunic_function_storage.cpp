@@ -1,6 +1,7 @@
 #include "oxa/oxa_zunic_function_storage.h"
 #include "attached_channel.h"
 
+#include <atomic>
 #include <cerrno>
 #include <cstring>
 #include <new>
@@ -52,9 +53,13 @@ std::vector<std::byte> copyBlock(const std::byte* block, std::uint64_t blockSize
     if (blockSize < sizeof(header)) {
         return {};
     }
+    // The magic, which is written last, before everything else. A block need not be aligned for an atomic load.
+    std::uint32_t magic = 0;
+    std::memcpy(&magic, block + offsetof(FunctionStorageHeader, magic), sizeof(magic));
+    std::atomic_thread_fence(std::memory_order_acquire);
     std::memcpy(&header, block, sizeof(header));
     const std::size_t recordsSize = header.functionCount * sizeof(FunctionRecord);
-    if (header.magic != ZunicFormat::cFunctionStorageMagic ||
+    if (magic != ZunicFormat::cFunctionStorageMagic ||
         recordsSize + std::uint64_t{header.namesSize} > blockSize - sizeof(header)) {
         return {};
     }

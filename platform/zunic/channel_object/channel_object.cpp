@@ -1,5 +1,6 @@
 #include "channel_object/channel_object.h"
 
+#include <atomic>
 #include <cerrno>
 #include <climits>
 #include <fcntl.h>
@@ -39,9 +40,16 @@ int readSuperblock(int descriptor, ZunicFormat::Superblock& superblock)
     if (!S_ISREG(status.st_mode) || hasHoles(status)) {
         return EBADMSG;
     }
+    // What is read after the host's last store is complete; what was read before may not be.
+    std::uint32_t initialized = 0;
+    if (const int result = readRecord(descriptor, offsetof(ZunicFormat::Superblock, initialized), initialized)) {
+        return result;
+    }
+    std::atomic_thread_fence(std::memory_order_acquire);
     if (const int result = readRecord(descriptor, 0, superblock)) {
         return result;
     }
+    superblock.initialized = initialized;
     return isPlausible(superblock, static_cast<std::uint64_t>(status.st_size)) ? 0 : EBADMSG;
 }
 

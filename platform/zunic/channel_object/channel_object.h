@@ -37,8 +37,9 @@ int openObject(const std::string& objectName);
 int readPidNamespace(ZunicFormat::PidNamespace& pidNamespace);
 
 /// Reads the geometry of the object behind `descriptor`: 0, or EBADMSG when it is not a whole channel or has holes,
-/// EREMOTE when its host is in another PID namespace, or another errno value. Reads each number once; nothing that
-/// changes later has any influence.
+/// EREMOTE when its host is in another PID namespace, or another errno value. Uses each number as it was
+/// read first; nothing that changes later has any influence. What an object says that was not initialized before may
+/// be incomplete.
 int readGeometry(int descriptor, Geometry& geometry);
 
 /// True when every area lies inside an object of `objectSize` bytes, is aligned, and overlaps no other.

@@ -1,6 +1,5 @@
 #include "hosted_object.h"
 #include "failures.h"
-#include "publishing.h"
 
 #include <cstring>
 #include <sys/mman.h>
@@ -9,7 +8,6 @@
 using ZunicFormat::MemoryManagerEntry;
 using ZunicFormat::MessageSlot;
 using ZunicFormat::Registry;
-using ZunicFormat::Superblock;
 
 namespace ZunicHosting {
 
@@ -44,7 +42,7 @@ void HostedObject::attach()
         fail(error, "cannot attach to '" + mChannelName + "'");
     }
     map(mGeometry.superblock.objectSize);
-    if (load(reinterpret_cast<Superblock*>(mBytes.data())->initialized) != 1) {
+    if (mGeometry.superblock.initialized != 1) {
         fail(EAGAIN, "channel '" + mChannelName + "' is not ready");
     }
 }

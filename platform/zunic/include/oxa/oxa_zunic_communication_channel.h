@@ -19,7 +19,7 @@ extern "C" {
 /// memory page that holds the registry mutex.
 int oxa_zunic_communication_channel_create(const char* name, oxa_zunic_communication_channel** channel);
 
-/// True when the channel's host has finished setting it up.
+/// True when the channel's host had finished setting it up before `channel` was attached.
 bool oxa_zunic_communication_channel_is_initialized(const oxa_zunic_communication_channel* channel);
 
 /// Detaches, and frees the handle with everything mapped through it. Null is ignored.

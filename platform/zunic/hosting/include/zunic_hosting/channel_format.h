@@ -5,10 +5,12 @@
 #include "oxa_hosting/oxa_memory_manager_hosting.h"
 #include "oxa_hosting/oxa_mutex_hosting.h"
 
+#include <atomic>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 
-/// The shared-memory object of a channel, byte for byte. Numbers are unsigned, in the byte order of the machine.
+/// The shared-memory object of a channel, byte for byte. Numbers are unsigned and little-endian.
 ///
 ///     0      Superblock: the places of everything else
 ///     4096   Registry: interface and communicator tables, registry mutex, message storage header
@@ -16,6 +18,11 @@
 ///     ...    MemoryManagerEntry, as often as the superblock says
 ///     ...    the memory managers' pools of blocks
 namespace ZunicFormat {
+
+static_assert(std::endian::native == std::endian::little && sizeof(void*) == 8);
+static_assert(std::atomic_ref<std::uint16_t>::is_always_lock_free &&
+              std::atomic_ref<std::uint32_t>::is_always_lock_free &&
+              std::atomic_ref<std::uint64_t>::is_always_lock_free); // A lock would be one inside each process.
 
 constexpr std::size_t cNameSize = 256; // with at least one NUL
 constexpr std::size_t cInterfaceEntries = 1024;
