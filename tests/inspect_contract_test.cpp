@@ -158,25 +158,25 @@ TEST(Contract, OfABusIsKeptByItAndBrokenByAnother)
     const TestSupport::TemporaryDirectory directory;
     const std::string contract = directory / "contract.json";
     const TestSupport::LiveBus bus(SCENARIO_DIR "/healthy.json");
-    const auto saved = TestSupport::inspect({"save", "--as-contract", contract, "-c", bus.channelName()});
+    const auto saved = inspect({"save", "--as-contract", contract, "-c", bus.channelName()});
     ASSERT_EQ(saved.status, 0) << saved.errors;
     EXPECT_EQ(TestSupport::invalidity("bus_contract.schema.json", contract), "");
-    EXPECT_EQ(check({"--expect", contract, "--again", "0", "-c", bus.channelName()}).errors,
+    EXPECT_EQ(inspect({"check", "--expect", contract, "--again", "0", "-c", bus.channelName()}).errors,
               "zunic_inspect: no findings\n");
     const auto piped = TestSupport::runProgram({"/bin/sh", "-c", "\"$0\" check --expect - --again 0 -c \"$1\" <\"$2\"",
                                                 INSPECT_BINARY, bus.channelName(), contract});
     EXPECT_EQ(piped.errors, "zunic_inspect: no findings\n");
     for (const char* const other : {"--expect", "--from"}) {
-        const auto twice = check({other, "-", "--from", "-"});
+        const auto twice = inspect({"check", other, "-", "--from", "-"});
         EXPECT_EQ(twice.status, 2);
         EXPECT_THAT(twice.errors, HasSubstr("standard input"));
     }
     const TestSupport::LiveBus other(SCENARIO_DIR "/small.json");
-    const auto broken = check({"--expect", contract, "--again", "0", "-c", other.channelName()});
+    const auto broken = inspect({"check", "--expect", contract, "--again", "0", "-c", other.channelName()});
     EXPECT_EQ(broken.status, 1);
     EXPECT_THAT(broken.output, HasSubstr("error    contract-missing "));
     TestSupport::writeFile(contract, "{\"schema\": 1}");
-    const auto malformed = check({"--expect", contract, "-c", bus.channelName()});
+    const auto malformed = inspect({"check", "--expect", contract, "-c", bus.channelName()});
     EXPECT_EQ(malformed.status, 5);
     EXPECT_THAT(malformed.errors, HasSubstr("contract.json: line 1, column 13: /schema: expected"));
 }

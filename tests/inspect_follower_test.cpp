@@ -3,6 +3,7 @@
 #include "inspect/live/take_state.h"
 #include "support/change_model.h"
 #include "support/churning_bus.h"
+#include "support/live_bus.h"
 #include "support/program.h"
 
 #include <fcntl.h>
