@@ -42,7 +42,7 @@ def help_options(*words):
     """{option: metavariable or ""} with an entry for each spelling."""
     options = {}
     for line in run(*words, "--help").splitlines():
-        found = re.match(r"  ((?:-\w,)?--[\w-]+)(?: (<.*>|\S+))?(?:\s{2,}|$)", line)
+        found = re.match(r"  ((?:-\w,)?--[\w-]+)(?: (\S.*?))?(?:\s{2,}|$)", line)
         for option in found[1].split(",") if found else []:
             options[option] = found[2] or ""
     return options
