@@ -14,6 +14,8 @@ BASH = r"""
 compopt() { :; }
 source "$1"
 shift
+_zunic_inspect_channels() { echo some-channel; }
+_zunic_inspect_names() { echo some-name; }
 COMP_WORDS=("$@")
 COMP_CWORD=$(($# - 1))
 "_$1"
