@@ -7,7 +7,9 @@ _zunic_inspect_offer() {
   local name
   while IFS= read -r name; do
     printf -v name %q "$name"
-    [[ $name == "$word"* ]] && COMPREPLY+=("$name")
+    if [[ $name == "$word"* ]]; then
+      COMPREPLY+=("$name")
+    fi
   done
 }
 

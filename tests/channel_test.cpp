@@ -9,6 +9,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sched.h>
+#include <sstream>
 #include <sys/stat.h>
 
 using TestSupport::ForkedChild;
@@ -213,6 +214,26 @@ TEST(AttachingToAChannel, refusesEveryAreaThatLiesElsewhere)
             EXPECT_EQ(attachTo(image), EBADMSG) << "area at " << offset << ": " << other.offset << ", " << other.size;
         }
     }
+}
+
+TEST(AttachingToAChannel, mapsAPageBehindItThatCannotBeRead)
+{
+    const HostedChannel host = createChannel();
+    oxa_zunic_communication_channel* handle = nullptr;
+    ASSERT_EQ(oxa_zunic_communication_channel_create(host.name().c_str(), &handle), 0);
+    std::istringstream maps(readFile("/proc/self/maps"));
+    std::string end; // of the part of the channel that is mapped for reading alone
+    bool isGuarded = false;
+    for (std::string line; std::getline(maps, line);) {
+        const std::string range = line.substr(0, line.find(' '));
+        const std::string begin = range.substr(0, range.find('-'));
+        isGuarded = isGuarded || (begin == end && line.find(" ---p ") != std::string::npos);
+        end = line.find(" r--s ") != std::string::npos && line.ends_with(objectOf(host.name()))
+                  ? range.substr(begin.size() + 1)
+                  : "";
+    }
+    EXPECT_TRUE(isGuarded) << maps.str();
+    oxa_zunic_communication_channel_destroy(handle);
 }
 
 TEST(AttachingToAChannel, tellsWhetherTheHostHasFinished)

@@ -1,91 +1,27 @@
-#include "inspect/findings/contract/compare_contract.h"
-#include "inspect/findings/contract/write_contract.h"
-#include "inspect/findings/findings.h"
 #include "inspect/live/take_state.h"
 #include "inspect/saved/state_json.h"
 #include "support/churning_bus.h"
+#include "support/healthy_bus.h"
 #include "support/inspect.h"
 #include "support/json_schema.h"
 #include "support/live_bus.h"
 #include "support/soak.h"
 
-#include <functional>
 #include <gmock/gmock.h>
-#include <map>
-#include <set>
 
 using namespace Inspect;
-using testing::ElementsAre;
+using namespace TestSupport;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
 namespace {
 
-Interface interface(std::uint16_t id, std::uint32_t type)
-{
-    Interface made;
-    made.mId = id;
-    made.mName = "Clock";
-    made.mRole = type == Oxa::eInterfaceInstanceTypeStub ? "User" : "Provider";
-    made.mDomain = "local";
-    made.mType = type;
-    made.mVersion = {1, 2, 3};
-    made.mCommunicatorId = 7;
-    made.mState = oxa_zunic_registration_state_registered;
-    made.mFunctions = {"now"};
-    return made;
-}
-
-/// A bus in perfect health: a provider, a user, a message, a pool that cannot grow and one that can.
-BusState healthy()
-{
-    BusState state;
-    state.mInterfaces = {interface(1, Oxa::eInterfaceInstanceTypeSkeleton),
-                         interface(2, Oxa::eInterfaceInstanceTypeStub)};
-    state.mInterfaces[0].mReceivers = {2};
-    state.mCommunicators = {{7, 100, 1, {"clockd", std::chrono::seconds(5), Living::eYes}}};
-    state.mMemoryManagers = {{64, 40, 0, 40, 4}, {64, 8, 8, 20, 20}};
-    state.mMessages.mSize = 40;
-    state.mMessages.mTotals[Channel::eSlotStateFree] = 20;
-    state.mMessages.mSlots = {{.mIndex = 0,
-                               .mState = Channel::eSlotStateMessage,
-                               .mSenderId = 1,
-                               .mWriterCounter = 9,
-                               .mUserDataSize = 8,
-                               .mReceivers = {2},
-                               .mChain = {{{1, 1}}, Channel::ChainEnd::eWhole, 0},
-                               .mExternal = {}}};
-    return state;
-}
-
-/// "error dead-process" and the like, each once.
-std::set<std::string> told(const BusState& now, const BusState* before = nullptr)
-{
-    const std::map<Severity, std::string> words{
-        {Severity::eError, "error "}, {Severity::eWarning, "warning "}, {Severity::eNote, "note "}};
-    std::set<std::string> all;
-    const BusIndex indexBefore(before != nullptr ? *before : now);
-    for (const Finding& finding : findAll(BusIndex(now), before != nullptr ? &indexBefore : nullptr)) {
-        const FindingKind& kind = *finding.mKind;
-        all.insert(words.at(finding.mSeverity) + kind.mCode);
-        EXPECT_FALSE(finding.mEvidence.empty() || std::string(kind.mAdvice).empty()) << kind.mCode;
-    }
-    return all;
-}
-
-using Change = std::function<void(BusState&)>;
-
 struct Case
 {
-    Change mChange;
+    Edit mEdit;
     std::set<std::string> mInOneLook;
     std::set<std::string> mInTwoLooks; ///< both of them with the change
 };
-
-Slot& slot(BusState& state)
-{
-    return state.mMessages.mSlots[0];
-}
 
 /// What one change to a healthy bus brings about; it is healthy without it.
 const Case cCases[] = {
@@ -175,13 +111,173 @@ const Case cCases[] = {
      {"warning registry-full"}},
 };
 
+/// The numbers of a pool, and what is said of it in one look and in two.
+struct PoolCase
+{
+    Channel::MemoryManagerFigures mPool; ///< size of a block, blocks at first, added by each enlargement, now, in use
+    std::set<std::string> mInOneLook;
+    std::set<std::string> mInTwoLooks;
+};
+
+const std::set<std::string> cLow{"warning pool-low"};
+const std::set<std::string> cFullOnce{"warning pool-full"};
+const std::set<std::string> cFull{"error pool-full"};
+const std::set<std::string> cWrong{"error pool-accounting"};
+
+const PoolCase cPools[] = {
+    {{64, 0, 0, 0, 0}, {}, {}},
+    {{64, 1, 0, 1, 0}, {}, {}},
+    {{64, 1, 0, 1, 1}, cFullOnce, cFull},
+    {{64, 10, 0, 10, 9}, {}, {}},
+    {{64, 10, 0, 10, 10}, cFullOnce, cFull},
+    {{64, 11, 0, 11, 9}, {}, {}},
+    {{64, 11, 0, 11, 10}, cLow, cLow},
+    {{64, 40, 0, 40, 36}, {}, {}},
+    {{64, 40, 0, 40, 37}, cLow, cLow},
+    {{64, 41, 0, 41, 36}, {}, {}},
+    {{64, 41, 0, 41, 37}, cLow, cLow},
+    {{64, 40, 0, 40, 39}, cLow, cLow},
+    {{64, 40, 1, 40, 39}, {}, {}},
+    {{64, 40, 1, 40, 40}, {}, {}},
+    {{64, 40, 1, 40, 41}, cWrong, cWrong},
+    {{64, 40, 1, 41, 4}, {}, {}},
+    {{64, 40, 1, 39, 4}, cWrong, cWrong},
+    {{64, 40, 0, 41, 4}, cWrong, cWrong},
+    {{64, 40, 0, 39, 4}, cWrong, cWrong},
+};
+
+TEST(Check, APoolIsJudgedOnBothSidesOfEachLimit)
+{
+    for (const PoolCase& tried : cPools) {
+        const BusState state = healthyBut([&](BusState& s) { s.mMemoryManagers = {tried.mPool}; });
+        const auto& [block, initial, additional, total, used] = tried.mPool;
+        const std::string name = testing::PrintToString(std::vector{initial, additional, total, used});
+        EXPECT_EQ(told(state), tried.mInOneLook) << name;
+        EXPECT_EQ(told(state, &state), tried.mInTwoLooks) << name;
+    }
+}
+
+TEST(Check, SlotsAndRegistryAreJudgedOnBothSidesOfEachLimit)
+{
+    const std::tuple<std::uint32_t, std::uint32_t, std::set<std::string>> slots[] = {
+        {0, 0, {}},
+        {40, 4, {}},
+        {40, 3, {"warning slots-low"}},
+        {41, 5, {}},
+        {41, 4, {"warning slots-low"}},
+        {1, 0, {"error slots-low"}},
+        {4'294'967'295, 429'496'730, {}},
+        {4'294'967'295, 429'496'729, {"warning slots-low"}},
+    };
+    for (const auto& [size, free, expected] : slots) {
+        const BusState state = healthyBut([&](BusState& s) {
+            s.mMessages.mSize = size;
+            s.mMessages.mTotals[Channel::eSlotStateFree] = free;
+        });
+        EXPECT_EQ(told(state, &state), expected) << free << " of " << size;
+    }
+    for (const auto& [entries, expected] :
+         {std::pair<std::size_t, std::set<std::string>>{921, {}}, {922, {"warning registry-full"}}}) {
+        EXPECT_EQ(told(healthyBut([&](BusState& s) { s.mCommunicators.resize(entries, s.mCommunicators[0]); })),
+                  expected);
+        EXPECT_EQ(told(healthyBut([&](BusState& s) { s.mInterfaces.resize(entries, interface(5, 77)); })), expected);
+    }
+}
+
+TEST(Check, NamesAreNearUpToTwoEditsAndLessIfTheyAreShort)
+{
+    const std::tuple<std::string, std::string, bool> pairs[] = {
+        {"Clock", "Clock", true},
+        {"Clock", "Colck", true},
+        {"Clock", "Cl", false},
+        {"Clock", "Clo", true},
+        {"Clock", "Clockxx", true},
+        {"Clock", "xClockxx", false},
+        {"Cloc", "Clox", true},
+        {"Cloc", "Clxx", false},
+        {"Clo", "Cl", true},
+        {"Clo", "Cxx", false},
+        {"Cl", "Cl", true},
+        {"Cl", "Cx", false},
+        {"", "", true},
+        {"", "C", false},
+        {"Navigation", "xNavgation", true},
+        {"Navigation", "Navigatoin", true},
+        {"Navigation", "Navgatoin", false},
+    };
+    for (const auto& [skeleton, stub, isNear] : pairs) {
+        const BusState state = healthyBut([&](BusState& s) {
+            s.mInterfaces[0].mReceivers = {};
+            s.mInterfaces[0].mName = skeleton;
+            s.mInterfaces[1].mName = stub;
+            s.mInterfaces[1].mDomain = "elsewhere";
+        });
+        EXPECT_EQ(told(state).contains("note near-miss"), isNear) << skeleton << ' ' << stub;
+        const BusState used = healthyBut([&](BusState& s) {
+            s.mInterfaces = state.mInterfaces;
+            s.mInterfaces[0].mReceivers = {2};
+        });
+        EXPECT_FALSE(told(used).contains("note near-miss")) << skeleton;
+    }
+}
+
+/// What looks alike, but is sound, in one look and in two.
+const Edit cSound[] = {
+    [](BusState& s) { // Another role, another domain, not registered.
+        for (const char* const role : {"Spare", "Provider", "Provider"}) {
+            s.mInterfaces.push_back(
+                interface(static_cast<std::uint16_t>(s.mInterfaces.size() + 1), Oxa::eInterfaceInstanceTypeSkeleton));
+            s.mInterfaces.back().mRole = role;
+        }
+        s.mInterfaces[3].mDomain = "cloud";
+        s.mInterfaces[4].mState = oxa_zunic_registration_state_unregistered;
+    },
+    [](BusState& s) { // Other functions of another version, and unknown ones of the same.
+        s.mInterfaces.push_back(interface(3, Oxa::eInterfaceInstanceTypeSkeleton));
+        s.mInterfaces.push_back(interface(4, Oxa::eInterfaceInstanceTypeSkeleton));
+        s.mInterfaces[2].mRole = "Spare";
+        s.mInterfaces[2].mFunctions = {"later"};
+        s.mInterfaces[2].mVersion = {1, 2, 4};
+        s.mInterfaces[3].mRole = "Other";
+        s.mInterfaces[3].mFunctions.reset();
+    },
+    [](BusState& s) { slot(s).mChain.mEnd = Channel::ChainEnd::eCut; },
+    [](BusState& s) { slot(s).mReceivers = {}; },
+    [](BusState& s) {
+        slot(s).mChain.mEntries.push_back({1, 1});
+    }, // Twice in its own chain: its end is judged.
+    [](BusState& s) {
+        s.mInterfaces[0].mReceivers = {1, 2};
+    },
+};
+
+TEST(Check, WhatLooksAlikeIsNotTold)
+{
+    for (const Edit& edit : cSound) {
+        const BusState state = healthyBut(edit);
+        EXPECT_THAT(told(state), IsEmpty()) << &edit - cSound;
+        EXPECT_THAT(told(state, &state), IsEmpty()) << &edit - cSound;
+    }
+}
+
+TEST(Check, ASkeletonAndItsUserDifferByAnyNumberOfTheVersionOnEitherSide)
+{
+    for (const Oxa::Version& version : {Oxa::Version{2, 2, 3}, Oxa::Version{1, 1, 3}, Oxa::Version{1, 2, 2}}) {
+        BusState state = healthyBut([&](BusState& s) { s.mInterfaces[1].mVersion = version; });
+        EXPECT_EQ(told(state), std::set<std::string>{"warning version-skew"});
+        std::swap(state.mInterfaces[0].mReceivers, state.mInterfaces[1].mReceivers);
+        state.mInterfaces[1].mReceivers = {1}; // The stub holds the link.
+        EXPECT_EQ(told(state), std::set<std::string>{"warning version-skew"});
+    }
+}
+
 TEST(Check, EachFindingAppearsWithItsCauseAndGoesWithIt)
 {
     std::set<std::string> seen;
     for (const Case& tried : cCases) {
         const BusState sound = healthy();
         BusState sick = healthy();
-        tried.mChange(sick);
+        tried.mEdit(sick);
         const std::string name = testing::PrintToString(tried.mInTwoLooks);
         EXPECT_EQ(told(sick), tried.mInOneLook) << name;
         EXPECT_EQ(told(sick, &sick), tried.mInTwoLooks) << name;
@@ -193,31 +289,6 @@ TEST(Check, EachFindingAppearsWithItsCauseAndGoesWithIt)
     for (const FindingKind* const kind : findingKinds()) {
         EXPECT_TRUE(seen.contains(kind->mCode)) << kind->mCode;
     }
-}
-
-TEST(Check, WhatMayPassIsToldOnlyWhenItStays)
-{
-    const BusState sound = healthy();
-    for (const Change& change : std::initializer_list<Change>{
-             [](BusState& s) { s.mMemoryManagers[0].mTotalBlocks = 41; },            // It grew while it was read.
-             [](BusState& s) { slot(s).mChain.mEnd = Channel::ChainEnd::eNotData; }, // It was taken away.
-             [](BusState& s) {
-                 s.mCommunicators[0] = {9, 300, 1, {{}, {}, Living::eNo}};
-             }, // It came and went.
-         }) {
-        BusState now = healthy();
-        change(now);
-        now.mInterfaces[0].mCommunicatorId = now.mInterfaces[1].mCommunicatorId = now.mCommunicators[0].mId;
-        EXPECT_THAT(told(now, &sound), IsEmpty());
-    }
-    BusState now = healthy();
-    slot(now).mState = Channel::eSlotStateReserved;
-    BusState before = now;
-    ++slot(now).mWriterCounter; // Another message.
-    EXPECT_THAT(told(now, &before), IsEmpty());
-    before = healthy();
-    before.mCommunicators[0].mProcess.mStartedAfterBoot = std::chrono::seconds(4);
-    EXPECT_THAT(told(healthy(), &before), ElementsAre("error dead-process")); // Its id was given to another process.
 }
 
 std::set<std::string> toldOf(const std::string& channel)
@@ -296,148 +367,6 @@ TEST(Check, AnswersByStatusTableAndJson)
     TestSupport::writeFile(directory / "told.json", check({"--from", file, "--from", file, "--json"}).output);
     EXPECT_EQ(TestSupport::invalidity("bus_check.schema.json", directory / "told.json"), "");
     EXPECT_THAT(TestSupport::readFile(directory / "told.json"), HasSubstr(R"("Evil\n\u001b[2J")"));
-}
-
-Contract contractOf(const std::string& members)
-{
-    std::istringstream text(R"({"schema": "zunic-bus-contract/1", "interfaces": [{"name": "Clock")" + members + "}]}");
-    return readContract(text);
-}
-
-TEST(Contract, EachBreachIsTold)
-{
-    const BusState state = healthy();
-    const std::pair<std::string, std::vector<std::string>> cases[] = {
-        {"", {}},
-        {R"(, "role": "Provider", "version": [1, 2, 3], "application": "clock?", "users": {"at_least": 1, "at_most": 1})",
-         {}},
-        {R"(, "type": "stub", "version": [1, 1, 65535])", {}},
-        {R"(, "role": "Spare")", {"contract-missing"}},
-        {R"(, "domain": "cloud")", {"contract-missing"}},
-        {R"(, "domain": "cloud", "forbidden": true)", {}},
-        {R"(, "type": "stub", "forbidden": true)", {"contract-forbidden"}},
-        {R"(, "version": [1, 3, 0])", {"contract-version"}},
-        {R"(, "application": "clock")", {"contract-application"}},
-        {R"(, "users": {"at_least": 2})", {"contract-users"}},
-        {R"(, "users": {"at_most": 0})", {"contract-users"}},
-    };
-    for (const auto& [members, expected] : cases) {
-        std::vector<std::string> codes;
-        for (const Finding& finding : compareWithContract(contractOf(members), BusIndex(state))) {
-            codes.emplace_back(finding.mKind->mCode);
-            EXPECT_EQ(finding.mSeverity, Severity::eError);
-        }
-        EXPECT_EQ(codes, expected) << members;
-    }
-    for (const std::string mistake : {R"(, "nmae": "x")", R"(, "version": [1, 2])", R"(, "users": {"least": 1})",
-                                      R"(, "type": "any")", R"(, "forbidden": 1)", ", "}) {
-        EXPECT_THROW(contractOf(mistake), NoState) << mistake;
-    }
-}
-
-TEST(Contract, WrittenOfABusExpectsTheLeastOfWhatSharesAnIdentity)
-{
-    BusState state = healthy();
-    const auto written = [&state] {
-        std::ostringstream text;
-        writeContract(text, BusIndex(state));
-        return text.str();
-    };
-    state.mInterfaces[0].mName = "Clo\xff";
-    state.mInterfaces[1].mName = "A";
-    state.mCommunicators[0].mProcess.mApplication = "[c]*\\d?";
-    state.mInterfaces.push_back(state.mInterfaces[0]);
-    state.mInterfaces[2].mId = 3;
-    state.mInterfaces[2].mVersion = {1, 2, 2};
-    state.mInterfaces[2].mReceivers = {};
-    state.mInterfaces.push_back(state.mInterfaces[1]);
-    state.mInterfaces[3].mId = 4;
-    state.mInterfaces[3].mReceivers = {1, 3};
-    state.mInterfaces[3].mVersion = {1, 3, 0};
-    state.mInterfaces[3].mCommunicatorId = Channel::cNoCommunicator;
-    state.mInterfaces.push_back(interface(5, 77)); // Of no type.
-    EXPECT_EQ(written(), R"({
-  "schema": "zunic-bus-contract/1",
-  "interfaces": [
-    {
-      "name": "A",
-      "role": "User",
-      "domain": "local",
-      "type": "stub",
-      "version": [
-        1,
-        2,
-        3
-      ]
-    },
-    {
-      "name": [
-        67,
-        108,
-        111,
-        255
-      ],
-      "role": "Provider",
-      "domain": "local",
-      "type": "skeleton",
-      "version": [
-        1,
-        2,
-        2
-      ],
-      "application": "\\[c]\\*\\\\d\\?",
-      "users": {
-        "at_least": 1
-      }
-    }
-  ]
-}
-)");
-    state.mInterfaces.clear();
-    EXPECT_EQ(written(), "{\n  \"schema\": \"zunic-bus-contract/1\",\n  \"interfaces\": []\n}\n");
-}
-
-TEST(Contract, MakesAMissingProviderAnError)
-{
-    BusState state = healthy();
-    state.mInterfaces[1].mName = "Teapot";
-    const BusIndex index(state);
-    std::vector<Finding> findings = findAll(index);
-    ASSERT_EQ(findings.size(), 1);
-    EXPECT_EQ(findings[0].mSeverity, Severity::eWarning);
-    addBreaches(contractOf(R"(, "version": [1, 3, 0])"), index, findings);
-    ASSERT_EQ(findings.size(), 2);
-    EXPECT_EQ(findings[0].mKind, findingKind("contract-version"));
-    EXPECT_EQ(findings[1].mKind, findingKind("no-provider"));
-    EXPECT_EQ(findings[1].mSeverity, Severity::eError);
-}
-
-TEST(Contract, OfABusIsKeptByItAndBrokenByAnother)
-{
-    const TestSupport::TemporaryDirectory directory;
-    const std::string contract = directory / "contract.json";
-    const TestSupport::LiveBus bus(SCENARIO_DIR "/healthy.json");
-    const auto saved = TestSupport::inspect({"save", "--as-contract", contract, "-c", bus.channelName()});
-    ASSERT_EQ(saved.status, 0) << saved.errors;
-    EXPECT_EQ(TestSupport::invalidity("bus_contract.schema.json", contract), "");
-    EXPECT_EQ(check({"--expect", contract, "--again", "0", "-c", bus.channelName()}).errors,
-              "zunic_inspect: no findings\n");
-    const auto piped = TestSupport::runProgram({"/bin/sh", "-c", "\"$0\" check --expect - --again 0 -c \"$1\" <\"$2\"",
-                                                INSPECT_BINARY, bus.channelName(), contract});
-    EXPECT_EQ(piped.errors, "zunic_inspect: no findings\n");
-    for (const char* const other : {"--expect", "--from"}) {
-        const auto twice = check({other, "-", "--from", "-"});
-        EXPECT_EQ(twice.status, 2);
-        EXPECT_THAT(twice.errors, HasSubstr("standard input"));
-    }
-    const TestSupport::LiveBus other(SCENARIO_DIR "/small.json");
-    const auto broken = check({"--expect", contract, "--again", "0", "-c", other.channelName()});
-    EXPECT_EQ(broken.status, 1);
-    EXPECT_THAT(broken.output, HasSubstr("error    contract-missing "));
-    TestSupport::writeFile(contract, "{\"schema\": 1}");
-    const auto malformed = check({"--expect", contract, "-c", bus.channelName()});
-    EXPECT_EQ(malformed.status, 5);
-    EXPECT_THAT(malformed.errors, HasSubstr("contract.json: line 1, column 13: /schema: expected"));
 }
 
 } // namespace

@@ -159,4 +159,18 @@ TEST(WatchCommand, WaitsForAFinding)
     EXPECT_THAT(watch.output(), HasSubstr(R"("kind":"finding","code":"dead-process")"));
 }
 
+TEST(WatchCommand, ComparesWithAnEarlierLookForAFindingThatShowsOverTime)
+{
+    WatchedBus bus(TestSupport::uniqueChannelName());
+    bus.mChannel.lock().registerInterface({.interfaceName = "Late",
+                                           .type = ZunicHosting::InstanceType::skeleton,
+                                           .state = ZunicHosting::RegistrationState::preregistered,
+                                           .communicatorId = 3});
+    const auto found = runProgram(inspectWords(
+        {"watch", "-c", bus.mChannel.name(), "--until", "stuck-required", "--interval", "50ms", "--for", "50s"}));
+    EXPECT_EQ(found.status, eYes);
+    EXPECT_THAT(found.output,
+                ContainsRegex("\n[^ ]+ ! stuck-required interface 1 Late: preregistered in both looks\n$"));
+}
+
 } // namespace

@@ -124,6 +124,31 @@ class Page(unittest.TestCase):
         self.assertEqual(self.browser.execute_script("return performance.getEntriesByType('resource').length"), 0)
         self.assertEqual(stat.S_IMODE(os.stat(self.small).st_mode), 0o600)
 
+    def test_each_table_shows_all_of_a_record(self):
+        file = self.make_page("damaged", "--from", f"{os.path.dirname(os.path.abspath(__file__))}/states/damaged.json")
+        wide, hidden = "Wide\\xe3\\x80\\x80blank\\xc2\\xa0here", "hid\\xc2\\xa0den\\xe3\\x80\\x80one"
+        tables = {
+            "interfaces": (4, ["Id", "Name", "Role", "Domain", "Type", "Version", "State", "PID", "Application",
+                               "Providers", "Users"],
+                           ["3", wide, "Ro le", "", "stub", "0.0.1", "registered", "300", hidden, "1", "0"]),
+            "processes": (4, ["PID", "Application", "Living", "Started (s after boot)", "Provides", "Uses",
+                              "Communicators"],
+                          ["400", "nav[i]*\\x5cx", "yes", "12345.68", "1", "1", "11"]),
+            "memory": (4, ["Manager", "Block size", "Initial", "Additional", "Total", "Used", "Free", "Use"],
+                       ["3", "512", "8", "8", "20", "20", "0", "100 %"]),
+            "messages": (5, ["Slot", "State", "Counter", "Size", "Sender", "Name", "Receivers", "Data", "External",
+                             "Fault"],
+                         ["4", "message", "5", "1", "3", wide, "900", "22", "", "not-data at 0"]),
+        }
+        for view, (row, headings, cells) in tables.items():
+            self.open(file, f"#view={view}")
+            self.wait(lambda: self.cells("thead tr"), headings)
+            self.assertEqual(self.cells(f"tbody tr:nth-child({row})"), cells)
+
+    def cells(self, row):
+        return self.browser.execute_script(
+            "return Array.from(document.querySelector(arguments[0]).cells, cell => cell.textContent)", row)
+
     def test_filter_and_sort_act_on_all_rows_and_stand_in_the_address(self):
         self.open(self.small)
         self.one("#filter").send_keys("clock type:stub")
