@@ -38,13 +38,13 @@ _zunic_inspect_names() {
 _zunic_inspect_options() {
   local filters="--role --domain --app --pid --type --state" look="--noheadings --color"
   case $1 in
-  list) echo "-c --channel --from --json -o --output --name $filters $look -h --help" ;;
+  list) echo "-c --channel --from --json --all -o --output --name $filters $look -h --help" ;;
   show) echo "-c --channel --from --json $look -h --help" ;;
   wait) echo "-c --channel --gone --timeout $filters -h --help" ;;
   top) echo "-c --channel --interval --color -h --help" ;;
   watch) echo "-c --channel --interval --for --until --ignore --json --color -h --help" ;;
-  check) echo "-c --channel --from --json --again --fail-on --ignore --expect --explain $look -h --help" ;;
-  diff) echo "-c --channel --ignore --json --color -h --help" ;;
+  check) echo "-c --channel --from --json --all --again --fail-on --ignore --expect --explain $look -h --help" ;;
+  diff) echo "-c --channel --ignore --json --all --color -h --help" ;;
   save) echo "-c --channel --as-contract -h --help" ;;
   page) echo "-c --channel --from -h --help" ;;
   metrics) echo "-c --channel --from --again --output -h --help" ;;

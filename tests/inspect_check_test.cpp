@@ -369,4 +369,27 @@ TEST(Check, AnswersByStatusTableAndJson)
     EXPECT_THAT(TestSupport::readFile(directory / "told.json"), HasSubstr(R"("Evil\n\u001b[2J")"));
 }
 
+TEST(Check, PrintsAHundredFindingsOfEachCodeUnlessAllIsAskedFor)
+{
+    const TestSupport::TemporaryDirectory directory;
+    BusState sick = healthy();
+    for (std::uint16_t id = 100; id < 223; ++id) {
+        sick.mInterfaces.push_back(interface(id, Oxa::eInterfaceInstanceTypeUndefined));
+        sick.mInterfaces.back().mCommunicatorId = 8;
+    }
+    std::ostringstream text;
+    writeState(text, sick);
+    TestSupport::writeFile(directory / "sick.json", text.str());
+    const auto linesOf = [&](std::vector<std::string> words, const std::string& errors) {
+        words.insert(words.begin(), {"--from", directory / "sick.json", "--noheadings"});
+        const auto result = check(words);
+        EXPECT_EQ(result.status, 1);
+        EXPECT_EQ(result.errors, errors);
+        return std::ranges::count(result.output, '\n');
+    };
+    EXPECT_EQ(linesOf({}, "zunic_inspect: and 23 more of orphan-interface (--all prints them)\n"), 100);
+    EXPECT_EQ(linesOf({"--all"}, ""), 123);
+    EXPECT_EQ(linesOf({"--json"}, ""), linesOf({"--all", "--json"}, ""));
+}
+
 } // namespace

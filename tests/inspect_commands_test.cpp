@@ -105,6 +105,64 @@ TEST(Inspect, AnswersByFiltersColumnsAndStatus)
     EXPECT_THAT(shown.output, testing::ContainsRegex("provided by.*\n.*Tuner +Provider .*registered [0-9]+ no"));
 }
 
+/// Twenty interfaces of one name, each in the receiver set of the first two, and a message to all of them.
+void fill(HostedChannel& channel)
+{
+    ZunicHosting::LockedRegistry lock = channel.lock();
+    std::vector<std::uint16_t> ids;
+    for (int i = 0; i < 20; ++i) {
+        ids.push_back(lock.registerInterface({.interfaceName = "Clock", .roleName = "r"}));
+    }
+    for (const std::uint16_t id : ids) {
+        lock.connect(0, id);
+        lock.connect(1, id);
+    }
+    lock.writeSlot(0, {.state = ZunicHosting::SlotState::message, .senderId = 1, .dataIndex = 1, .receivers = ids});
+    for (std::uint32_t slot = 1; slot <= 9; ++slot) {
+        lock.writeSlot(slot, {.state = ZunicHosting::SlotState::data,
+                              .dataIndex = slot < 9 ? slot + 1 : ZunicHosting::cNoDataEntry});
+    }
+}
+
+TEST(Inspect, ShortensListsToOneWordUnlessAllIsAskedFor)
+{
+    HostedChannel channel = HostedChannel::create({.name = uniqueChannelName()});
+    fill(channel);
+    const auto list = [&](std::vector<std::string> words) {
+        words.insert(words.begin(), {"list", "messages", "-c", channel.name()});
+        const std::string output = inspect(words).output;
+        return output.substr(0, output.find('\n', output.find('\n') + 1) + 1); // The message, without its data.
+    };
+    const std::string columns = "SLOT,RECEIVERS,DATA,STATE";
+    const std::string all = "0,1,2,3,4,5,6,7,8,9,10,11,12,13,14,15,16,17,18,19";
+    EXPECT_EQ(list({"-o", columns}), "SLOT RECEIVERS               DATA                   STATE\n"
+                                     "   0 0,1,2,3,4,5,6,7,+12more 1,2,3,4,5,6,7,8,+1more message\n");
+    EXPECT_EQ(list({"-o", columns, "--all"}),
+              "SLOT RECEIVERS DATA STATE\n   0 " + all + " 1,2,3,4,5,6,7,8,9 message\n");
+    EXPECT_EQ(list({"-o", "DATA,SLOT", "--all", "--noheadings"}).find("1,2,3,4,5,6,7,8,9 0\n- 1\n"), 0U);
+    const auto json = nlohmann::json::parse(inspect({"list", "messages", "--json", "-c", channel.name()}).output);
+    EXPECT_EQ(json["messages"][0]["receivers"].size(), 20U);
+}
+
+TEST(Inspect, ShowsOneTreeAfterTheOtherAndEndsNoLineWithBlanks)
+{
+    HostedChannel channel = HostedChannel::create({.name = uniqueChannelName()});
+    fill(channel);
+    const auto show = [&](std::vector<std::string> words) {
+        words.insert(words.begin(), {"show", "-c", channel.name()});
+        return inspect(words).output;
+    };
+    EXPECT_EQ(show({"0", "1"}), show({"0"}) + '\n' + show({"1"}));
+    EXPECT_EQ(show({"0", "1", "--noheadings"}), show({"0", "--noheadings"}) + show({"1", "--noheadings"}));
+    for (const std::string color : {"always", "never"}) {
+        for (const std::string& output : {show({"0", "2", "--color", color}),
+                                          inspect({"list", "messages", "-c", channel.name(), "--color", color}).output,
+                                          inspect({"list", "--all", "-c", channel.name(), "--color", color}).output}) {
+            EXPECT_THAT(output, Not(testing::ContainsRegex(" (\x1b\\[[0-9;]*m)*\n"))) << output;
+        }
+    }
+}
+
 TEST(Inspect, NamesForgeNothing)
 {
     HostedChannel channel = HostedChannel::create({.name = uniqueChannelName()});

@@ -1,4 +1,6 @@
+#include "inspect/saved/state_json.h"
 #include "support/change_model.h"
+#include "support/inspect.h"
 
 #include <gmock/gmock.h>
 #include <random>
@@ -216,6 +218,39 @@ TEST(Diff, WordsWhatANeighbourMayWriteSafelyAndKnowsADeadProcessByWhatItHad)
     for (const Change& change : changes) {
         EXPECT_NO_THROW(toJson(change).dump());
     }
+}
+
+TEST(Diff, PrintsAHundredLinesOfEachKindUnlessAllIsAskedFor)
+{
+    const TestSupport::TemporaryDirectory directory;
+    const auto save = [&](const BusState& state, const std::string& name) {
+        std::ostringstream text;
+        writeState(text, state);
+        TestSupport::writeFile(directory / name, text.str());
+        return directory / name;
+    };
+    BusState state;
+    state.mMemoryManagers = {{64, 1, 1, 8, 3}};
+    const std::string before = save(state, "before.json");
+    for (std::uint16_t id = 0; id < 123; ++id) {
+        state.mInterfaces.emplace_back().mId = id;
+    }
+    state.mMemoryManagers[0].mUsedBlocks = 4;
+    const std::string now = save(state, "now.json");
+    const auto diff = [&](std::vector<std::string> words) {
+        words.insert(words.begin(), {"diff", before, now});
+        const TestSupport::ProgramResult result = TestSupport::inspect(words);
+        EXPECT_EQ(result.status, TestSupport::eNo) << result.errors;
+        return result.output;
+    };
+    const auto linesIn = [](const std::string& text) { return std::ranges::count(text, '\n'); };
+    const std::string end = "~ memory 0: used blocks 3 -> 4\n";
+    EXPECT_THAT(diff({}), testing::EndsWith(end + "# and 23 more of interface (--all prints them)\n"));
+    EXPECT_EQ(linesIn(diff({})), 102);
+    EXPECT_THAT(diff({"--color", "always"}), testing::EndsWith("\n# and 23 more of interface (--all prints them)\n"));
+    EXPECT_THAT(diff({"--all"}), testing::EndsWith(end));
+    EXPECT_EQ(linesIn(diff({"--all"})), 124);
+    EXPECT_EQ(Json::parse(diff({"--json"}))["changes"].size(), 124U);
 }
 
 } // namespace

@@ -111,6 +111,7 @@ TEST(BusState, OfMemoryThatHoldsNonsenseIsTheSameAfterwards)
                                      number,
                                      {65535, 65535},
                                      {{"", "\x80"}},
+                                     number > 3,
                                      {0, 1023, 65535}});
         state.mCommunicators.push_back(
             {65535, 4294967295, number, {"\xFE", std::chrono::hours(2000), Living::eUnknown}});

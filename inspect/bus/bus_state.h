@@ -36,6 +36,7 @@ struct Interface
     OxaZunic::OxaZunicRangeLocation mFunctionStorage;
     /// By position; none when the function storage could not be read.
     std::optional<std::vector<std::string>> mFunctions;
+    bool mFunctionsCut = false; ///< there are more names, or all were left out: a limit was reached
     IdSet mReceivers; ///< the interfaces connected to this one
 
     bool operator==(const Interface& other) const = default;

@@ -55,6 +55,7 @@ inline constexpr auto cFields<Interface> = std::tuple{
     Field{"state", "STATE", &Interface::mState, cStateWords, Difference::eAlways},
     Field{"function_storage", "STORAGE", &Interface::mFunctionStorage},
     Field{"functions", "FUNCTIONS", &Interface::mFunctions, Words(), Difference::eAlways},
+    Field{"functions_cut", "CUT", &Interface::mFunctionsCut, Words(), Difference::eNever, Presence::eUnlessEmpty},
     Field{"receivers", "RECEIVERS", &Interface::mReceivers},
 };
 

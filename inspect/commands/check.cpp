@@ -1,5 +1,6 @@
 #include "inspect/commands/check.h"
 
+#include "inspect/commands/line_limit.h"
 #include "inspect/commands/shared_options.h"
 #include "inspect/findings/contract/compare_contract.h"
 #include "inspect/saved/json_rows.h"
@@ -33,8 +34,10 @@ Cell idCell(const Subject& subject)
     return subject.mKind == SubjectKind::eBus ? Cell{} : numberCell(subject.mId);
 }
 
-std::string tableOf(const std::vector<Finding>& findings, const TableStyle& style)
+/// What is left out is said on standard error: a script takes each line of the table for a finding.
+void writeTable(std::ostream& out, const std::vector<Finding>& findings, const TableStyle& style)
 {
+    LineLimit limit(style.mIsWhole);
     Table table({{"SEVERITY", ColumnKind::eWord},
                  {"CODE", ColumnKind::eWord},
                  {"WHAT", ColumnKind::eWord},
@@ -44,15 +47,20 @@ std::string tableOf(const std::vector<Finding>& findings, const TableStyle& styl
                  {"ADVICE"}},
                 style);
     for (const Finding& finding : findings) {
-        table.addLine({{severityWord(finding.mSeverity), colorOf(finding.mSeverity)},
-                       {finding.mKind->mCode},
-                       {subjectWord(finding.mSubject.mKind)},
-                       idCell(finding.mSubject),
-                       {finding.mSubject.mName},
-                       {finding.mEvidence, nullptr, Blanks::eKept},
-                       {finding.mKind->mAdvice, nullptr, Blanks::eKept}});
+        if (limit.admits(finding.mKind->mCode)) {
+            table.addLine({{severityWord(finding.mSeverity), colorOf(finding.mSeverity)},
+                           {finding.mKind->mCode},
+                           {subjectWord(finding.mSubject.mKind)},
+                           idCell(finding.mSubject),
+                           {finding.mSubject.mName},
+                           {finding.mEvidence, nullptr, Blanks::eKept},
+                           {finding.mKind->mAdvice, nullptr, Blanks::eKept}});
+        }
     }
-    return table.text();
+    out << table.text() << std::flush;
+    for (const std::string& remark : limit.remarks()) {
+        complain(remark);
+    }
 }
 
 void writeJson(const std::vector<Finding>& findings, std::ostream& out)
@@ -141,6 +149,8 @@ Run addCheckOptions(CLI::App& part)
             "--explain", [line](const std::string& code) { line->mExplained = &readFindingKind("--explain", code); },
             "Explain a finding and exit")
         ->type_name("CODE");
+    part.add_flag("--all", options.mStyle.mIsWhole,
+                  "Print all findings, not only the first 100 of each code, and lines whole");
     addStyleOptions(part, options.mStyle);
     part.footer(codesHelp());
     return [line](std::ostream& out) {
@@ -174,7 +184,7 @@ ExitStatus runCheck(const CheckOptions& options, std::ostream& out)
     } else if (findings.empty()) {
         complain("no findings");
     } else {
-        out << tableOf(findings, options.mStyle);
+        writeTable(out, findings, options.mStyle);
     }
     const bool isFailed =
         std::ranges::any_of(findings, [&](const Finding& finding) { return finding.mSeverity >= options.mFailOn; });

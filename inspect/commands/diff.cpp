@@ -2,6 +2,7 @@
 
 #include "inspect/changes/wording.h"
 #include "inspect/cli/printable.h"
+#include "inspect/commands/line_limit.h"
 #include "inspect/commands/shared_options.h"
 #include "inspect/commands/source.h"
 
@@ -11,11 +12,17 @@ namespace Inspect {
 
 namespace {
 
-void writeText(std::ostream& out, const std::vector<Change>& changes, bool isColored)
+void writeText(std::ostream& out, const std::vector<Change>& changes, const DiffOptions& options)
 {
+    LineLimit limit(options.mIsWhole);
     for (const Change& change : changes) {
-        const std::string line = lineOf(change);
-        out << (isColored ? colored(line) : line) << '\n';
+        if (limit.admits(kindWord(change.mKind))) {
+            const std::string line = lineOf(change);
+            out << (options.mChanges.mColors ? colored(line) : line) << '\n';
+        }
+    }
+    for (const std::string& remark : limit.remarks()) {
+        out << "# " << remark << '\n';
     }
 }
 
@@ -59,6 +66,7 @@ Run addDiffOptions(CLI::App& part)
     addFile(part, "B", options->mNow, "The newer state (default: the live bus)");
     part.get_option("A")->required();
     addChannelOption(part, options->mChannel)->excludes(part.get_option("B"));
+    part.add_flag("--all", options->mIsWhole, "Print all changes, not only the first 100 of each kind");
     addChangeOptions(part, options->mChanges, "Print one JSON document instead of lines");
     part.footer("+ marks what was added, - what was removed, ~ what changed or was restarted\n"
                 "(the same name and place with another id).\n\n"
@@ -89,7 +97,7 @@ ExitStatus runDiff(const DiffOptions& options, std::ostream& out)
         writeJson(out, before, now, changes);
     } else {
         writeHosts(out, before, now);
-        writeText(out, changes, options.mChanges.mColors);
+        writeText(out, changes, options);
     }
     return changes.empty() ? eExitYes : eExitNo;
 }

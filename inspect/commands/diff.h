@@ -33,6 +33,7 @@ struct DiffOptions
     std::string mNow;    ///< as well; empty: the channel
     std::string mChannel = "OXABus";
     ChangeOptions mChanges;
+    bool mIsWhole = false; ///< as text: every change, not only the first ones of each kind
 };
 
 /// eExitNo when something differs. Throws NoChannel, NoState.

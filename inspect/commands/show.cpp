@@ -97,6 +97,17 @@ void writeJson(std::ostream& out, const std::vector<const Interface*>& interface
     rows.end();
 }
 
+/// One after the other: all together may be more than fits into memory.
+void writeTrees(std::ostream& out, const std::vector<const Interface*>& interfaces, const BusIndex& index,
+                const TableStyle& style)
+{
+    const char* separator = "";
+    for (const Interface* const interface : interfaces) {
+        out << separator << interfaceTree(*interface, index, style);
+        separator = style.mHeadings ? "\n" : "";
+    }
+}
+
 } // namespace
 
 ExitStatus runShow(const ShowOptions& options, std::ostream& out)
@@ -107,7 +118,7 @@ ExitStatus runShow(const ShowOptions& options, std::ostream& out)
     if (options.mJson) {
         writeJson(out, found, index);
     } else {
-        out << interfaceTree(found, index, options.mStyle);
+        writeTrees(out, found, index, options.mStyle);
     }
     const std::string absent = missing(options.mWords, found);
     if (!absent.empty()) {

@@ -33,6 +33,7 @@ Interface decode(const Channel::InterfaceEntry& entry)
             .mState = entry.mState,
             .mFunctionStorage = {entry.mFunctionStorageManagerIndex, entry.mFunctionStorageRangeIndex},
             .mFunctions = {},
+            .mFunctionsCut = false,
             .mReceivers = idsIn(entry.mReceivers)};
 }
 
@@ -113,6 +114,7 @@ void keepFunctions(const BusState& before, BusState& now)
         if (found != old.end() && what(*found->second) == what(interface) &&
             ownerOf(*found->second, ownersBefore) == ownerOf(interface, ownersNow)) {
             interface.mFunctions = found->second->mFunctions;
+            interface.mFunctionsCut = found->second->mFunctionsCut;
         }
     }
 }

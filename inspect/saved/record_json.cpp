@@ -43,6 +43,16 @@ void readValue(const JsonPlace& place, Words words, Number& number)
     number = static_cast<Number>(*found);
 }
 
+Json valueToJson(bool value, Words /*none*/)
+{
+    return value;
+}
+
+void readValue(const JsonPlace& place, Words /*none*/, bool& value)
+{
+    value = place.boolean();
+}
+
 template <typename Enumeration>
 requires std::is_enum_v<Enumeration> Json valueToJson(Enumeration value, Words words)
 {

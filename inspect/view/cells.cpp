@@ -20,6 +20,26 @@ std::string formatted(const char* format, double number)
     return text.data();
 }
 
+/// How many items of a list are shown unless it is whole.
+constexpr std::size_t cShownItems = 8;
+
+/// One word, whatever is left out.
+template <typename List, typename NumberOf>
+Cell listCell(const List& list, ListLength length, NumberOf numberOf)
+{
+    std::string text;
+    std::size_t shown = 0;
+    for (const auto& item : list) {
+        if (length == ListLength::eShort && shown == cShownItems) {
+            text += ",+" + std::to_string(list.size() - shown) + "more";
+            break;
+        }
+        appendListed(text, numberOf(item));
+        ++shown;
+    }
+    return {text};
+}
+
 } // namespace
 
 void appendListed(std::string& text, std::uint64_t number)
@@ -45,13 +65,9 @@ Cell livingCell(Living living)
     return {livingWord(living), living == Living::eNo ? cBadColor : nullptr};
 }
 
-Cell idsCell(const IdSet& ids)
+Cell idsCell(const IdSet& ids, ListLength length)
 {
-    std::string text;
-    for (const std::uint16_t id : ids) {
-        appendListed(text, id);
-    }
-    return {text};
+    return listCell(ids, length, [](std::uint16_t id) { return id; });
 }
 
 Cell freeBlocksCell(const Channel::MemoryManagerFigures& figures)
@@ -78,7 +94,7 @@ Cell chainFaultCell(const Channel::DataChain& chain)
 
 Cell applicationCell(const Communicator* owner)
 {
-    return owner == nullptr ? Cell{} : cellOf(owner->mProcess.mApplication, {});
+    return owner == nullptr ? Cell{} : Cell{owner->mProcess.mApplication.value_or("")};
 }
 
 Cell processIdCell(const Communicator* owner)
@@ -91,51 +107,47 @@ Cell livingCell(const Communicator* owner)
     return owner == nullptr ? Cell{} : livingCell(owner->mProcess.mLiving);
 }
 
-Cell cellOf(const std::string& name, Words /*none*/)
+Cell cellOf(const std::string& name, Words /*none*/, ListLength /*none*/)
 {
     return {name};
 }
 
-Cell cellOf(const std::optional<std::string>& name, Words /*none*/)
+Cell cellOf(const std::optional<std::string>& name, Words /*none*/, ListLength /*none*/)
 {
     return {name.value_or("")};
 }
 
-Cell cellOf(const Oxa::Version& version, Words /*none*/)
+Cell cellOf(const Oxa::Version& version, Words /*none*/, ListLength /*none*/)
 {
     return {versionWord(version)};
 }
 
-Cell cellOf(const std::optional<std::chrono::milliseconds>& time, Words /*none*/)
+Cell cellOf(const std::optional<std::chrono::milliseconds>& time, Words /*none*/, ListLength /*none*/)
 {
     return time ? Cell{formatted("%.2f", static_cast<double>(time->count()) / 1000)} : Cell{};
 }
 
-Cell cellOf(Living living, Words /*its own*/)
+Cell cellOf(Living living, Words /*its own*/, ListLength /*none*/)
 {
     return livingCell(living);
 }
 
-Cell cellOf(Channel::SlotState state, Words /*its own*/)
+Cell cellOf(Channel::SlotState state, Words /*its own*/, ListLength /*none*/)
 {
     return {slotStateWord(state)};
 }
 
-Cell cellOf(const IdSet& ids, Words /*none*/)
+Cell cellOf(const IdSet& ids, Words /*none*/, ListLength length)
 {
-    return idsCell(ids);
+    return idsCell(ids, length);
 }
 
-Cell cellOf(const Channel::DataChain& chain, Words /*none*/)
+Cell cellOf(const Channel::DataChain& chain, Words /*none*/, ListLength length)
 {
-    std::string text;
-    for (const Channel::DataEntry& entry : chain.mEntries) {
-        appendListed(text, entry.mIndex);
-    }
-    return {text};
+    return listCell(chain.mEntries, length, [](const Channel::DataEntry& entry) { return entry.mIndex; });
 }
 
-Cell cellOf(const std::optional<OxaZunic::OxaZunicRangeLocation>& location, Words /*none*/)
+Cell cellOf(const std::optional<OxaZunic::OxaZunicRangeLocation>& location, Words /*none*/, ListLength /*none*/)
 {
     return location ? Cell{std::to_string(location->mMemoryManagerIndex) + "/" + std::to_string(location->mRangeIndex)}
                     : Cell{};

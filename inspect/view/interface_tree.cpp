@@ -52,13 +52,16 @@ private:
 
     void addFunctions(const Interface& interface, Table::Line root)
     {
-        if (!interface.mFunctions || interface.mFunctions->empty()) {
+        if (!interface.mFunctions || (interface.mFunctions->empty() && !interface.mFunctionsCut)) {
             return;
         }
         const Table::Line line = mTable.addBranch({label("functions")}, root);
         std::uint64_t position = 0;
         for (const std::string& function : *interface.mFunctions) {
             mTable.addBranch({Cell{function}, {}, {}, numberCell(position++)}, line);
+        }
+        if (interface.mFunctionsCut) {
+            mTable.addBranch({{"and more, cut at the limit", cUneasyColor, Blanks::eKept}}, line);
         }
     }
 
@@ -109,13 +112,10 @@ private:
 
 } // namespace
 
-std::string interfaceTree(const std::vector<const Interface*>& interfaces, const BusIndex& index,
-                          const TableStyle& style)
+std::string interfaceTree(const Interface& interface, const BusIndex& index, const TableStyle& style)
 {
     Tree tree(index, style);
-    for (const Interface* const interface : interfaces) {
-        tree.add(*interface);
-    }
+    tree.add(interface);
     return tree.text();
 }
 

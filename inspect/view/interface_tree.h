@@ -5,13 +5,11 @@
 #include "inspect/view/table.h"
 
 #include <string>
-#include <vector>
 
 namespace Inspect {
 
-/// Each of the interfaces, which are of the state, with its functions, those that provide it and those that use it.
-std::string interfaceTree(const std::vector<const Interface*>& interfaces, const BusIndex& index,
-                          const TableStyle& style);
+/// The interface, which is of the state, with its functions, those that provide it and those that use it.
+std::string interfaceTree(const Interface& interface, const BusIndex& index, const TableStyle& style);
 
 } // namespace Inspect
 

@@ -18,7 +18,8 @@ enum class ColumnKind : std::uint8_t
     eText,   ///< cut where the terminal ends
     eWord,   ///< short, and of use only when it is whole
     eNumber, ///< to the right
-    eTree    ///< its lines hang below each other
+    eTree,   ///< its lines hang below each other
+    eList    ///< of any length
 };
 
 struct Heading
@@ -44,9 +45,11 @@ struct TableStyle
 {
     bool mHeadings = true;
     bool mColors = false;
+    bool mIsWhole = false; ///< nothing is shortened: no list, and no line where the terminal ends
 };
 
-/// A table or tree for reading. Lines are cut to the width of the terminal when standard output is one.
+/// A table or tree for reading. Lines are cut to the width of the terminal when standard output is one. In a whole one,
+/// columns are aligned up to the first one of lists: one long list would widen every line.
 class Table
 {
 public:
@@ -68,9 +71,11 @@ private:
         void operator()(libscols_table* table) const;
     };
 
+    void addColumn(const char* name, ColumnKind kind);
     void fill(Line line, std::size_t column, const Cell& cell, const std::string& text);
 
     std::unique_ptr<libscols_table, Release> mTable;
+    std::size_t mAligned; ///< columns; the others follow as one text
 };
 
 } // namespace Inspect

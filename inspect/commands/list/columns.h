@@ -2,7 +2,7 @@
 #define INSPECT_COMMANDS_LIST_COLUMNS_H
 
 #include "inspect/live/take_state.h"
-#include "inspect/view/table.h"
+#include "inspect/view/cells.h"
 
 #include <cstdint>
 #include <functional>
@@ -26,7 +26,7 @@ struct Column
     const char* mName;
     const char* mMeaning;
     ColumnKind mKind;
-    std::function<Cell(const ListRow& row)> mCell;
+    std::function<Cell(const ListRow& row, ListLength length)> mCell;
     Shown mShown = Shown::eAlways;
     Wanted mWanted = {}; ///< what of a state it takes to fill it in
 };

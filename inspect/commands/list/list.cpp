@@ -115,6 +115,8 @@ Run addListOptions(CLI::App& part)
     part.add_option("-o,--output", options->mColumns, "Print these columns only; +COLUMN,... adds to the default ones")
         ->type_name("COLUMN,...")
         ->excludes(json);
+    part.add_flag("--all", options->mStyle.mIsWhole,
+                  "Print lists in cells and lines whole: without it, 1,2,3,4,5,6,7,8,+16more stands for a list of 24");
     addStyleOptions(part, options->mStyle);
     part.add_option("--name", options->mFilter.mName, "Only names that match the shell pattern")
         ->type_name("PATTERN")

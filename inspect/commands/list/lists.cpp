@@ -19,9 +19,9 @@ template <typename Record, typename Value>
 Column column(Value Record::*member, const char* meaning, Shown shown = Shown::eAlways, Wanted wanted = {})
 {
     const Field<Record, Value> field = fieldOf(member);
-    const auto cell = [field](const ListRow& row) {
+    const auto cell = [field](const ListRow& row, ListLength length) {
         const Record* const record = row.record<Record>();
-        return record == nullptr ? Cell{} : cellOf(record->*field.mMember, field.mWords);
+        return record == nullptr ? Cell{} : cellOf(record->*field.mMember, field.mWords, length);
     };
     return {field.mTitle, meaning, columnKindOf(Value(), field.mWords), cell, shown, wanted};
 }
@@ -30,7 +30,7 @@ Column column(Value Record::*member, const char* meaning, Shown shown = Shown::e
 Column column(const char* name, const char* meaning, ColumnKind kind, Cell (*cell)(const ListRow&),
               Shown shown = Shown::eAlways, Wanted wanted = {})
 {
-    return {name, meaning, kind, cell, shown, wanted};
+    return {name, meaning, kind, [cell](const ListRow& row, ListLength /*none*/) { return cell(row); }, shown, wanted};
 }
 
 std::vector<ListRow> interfaceRows(const BusIndex& index, const InterfaceFilter& filter)
@@ -167,8 +167,8 @@ const std::vector<Column> cProcessColumns{
            [](const ListRow& row) { return numberCell(countProvided(row)); }),
     column("USES", "number of interfaces it uses: registered stubs", ColumnKind::eNumber,
            [](const ListRow& row) { return numberCell(countUsed(row)); }),
-    column("COMMUNICATORS", "ids of its communicators", ColumnKind::eText,
-           [](const ListRow& row) { return idsCell(communicatorIds(row)); }),
+    Column{"COMMUNICATORS", "ids of its communicators", ColumnKind::eList,
+           [](const ListRow& row, ListLength length) { return idsCell(communicatorIds(row), length); }},
     column(&Process::mApplication, "its application", Shown::eAlways, cProcesses),
 };
 
@@ -257,11 +257,12 @@ std::string listTable(const ListKind& kind, const std::vector<ListRow>& rows, co
         headings.push_back({kind.mColumns[place].mName, kind.mColumns[place].mKind});
     }
     Table table(headings, style);
+    const ListLength length = style.mIsWhole ? ListLength::eWhole : ListLength::eShort;
     for (const ListRow& row : rows) {
         std::vector<Cell> cells;
         cells.reserve(places.size());
         for (const std::size_t place : places) {
-            cells.push_back(kind.mColumns[place].mCell(row));
+            cells.push_back(kind.mColumns[place].mCell(row, length));
         }
         table.addLine(cells);
     }

@@ -40,13 +40,12 @@ Lines valueLines(const TableView& view, std::size_t width)
 
 Lines interfaceLines(std::uint32_t id, const BusState& state)
 {
-    std::vector<const Interface*> interfaces;
-    for (const Interface& interface : state.mInterfaces) {
-        if (interface.mId == id) {
-            interfaces.push_back(&interface);
-        }
+    const BusIndex index(state);
+    std::string trees;
+    for (const Interface& interface : index.interfacesWithId(static_cast<std::uint16_t>(id))) {
+        trees += interfaceTree(interface, index, {});
     }
-    return linesOf(interfaceTree(interfaces, BusIndex(state), {}));
+    return linesOf(trees);
 }
 
 void appendProcess(Lines& lines, std::uint32_t processId, const BusState& state)

@@ -34,7 +34,8 @@ void narrow(std::vector<std::size_t>& widths, const std::vector<Column>& columns
     while (needed > room) {
         std::size_t* widest = nullptr;
         for (std::size_t column = 0; column < widths.size(); ++column) {
-            const bool isText = columns[column].mKind == ColumnKind::eText;
+            const ColumnKind kind = columns[column].mKind;
+            const bool isText = kind == ColumnKind::eText || kind == ColumnKind::eList;
             if (isText && widths[column] > cNarrowest && (widest == nullptr || widths[column] > *widest)) {
                 widest = &widths[column];
             }

@@ -122,7 +122,7 @@ void TableView::arrange()
 bool TableView::passesFilter(std::size_t row) const
 {
     return std::ranges::any_of(mPlaces, [&](std::size_t place) {
-        return contains(shownText(mKind.mColumns[place].mCell(mNow.mRows[row])), mFilter);
+        return contains(shownText(mKind.mColumns[place].mCell(mNow.mRows[row], ListLength::eShort)), mFilter);
     });
 }
 
@@ -131,7 +131,8 @@ void TableView::sort()
     if (mSortColumn > 0) { // Else they are sorted already.
         std::vector<SortKey> keys(mNow.mRows.size());
         for (const std::size_t row : mOrder) {
-            keys[row] = sortKey(mColumns[mSortColumn].mCell(mNow.mRows[row]), mColumns[mSortColumn].mKind);
+            keys[row] =
+                sortKey(mColumns[mSortColumn].mCell(mNow.mRows[row], ListLength::eShort), mColumns[mSortColumn].mKind);
         }
         std::ranges::stable_sort(mOrder, {}, [&](std::size_t row) -> const SortKey& { return keys[row]; });
     }
@@ -165,7 +166,7 @@ std::vector<std::pair<Column, Cell>> TableView::chosenCells() const
     std::vector<std::pair<Column, Cell>> cells;
     if (!mOrder.empty()) {
         for (const Column& column : mKind.mColumns) {
-            cells.emplace_back(column, column.mCell(mNow.mRows[mOrder[mPosition]]));
+            cells.emplace_back(column, column.mCell(mNow.mRows[mOrder[mPosition]], ListLength::eWhole));
         }
     }
     return cells;
@@ -186,8 +187,9 @@ TableView::Line TableView::lineOf(std::size_t row) const
     const auto rowBefore = mBefore.rowOf(mNow.identityOf(row));
     Line line;
     for (const Column& column : mColumns) {
-        const Cell cell = column.mCell(mNow.mRows[row]);
-        const bool isSame = rowBefore && column.mCell(mBefore.mRows[*rowBefore]).mBytes == cell.mBytes;
+        const Cell cell = column.mCell(mNow.mRows[row], ListLength::eShort);
+        const bool isSame =
+            rowBefore && column.mCell(mBefore.mRows[*rowBefore], ListLength::eShort).mBytes == cell.mBytes;
         line.mCells.push_back({shownText(cell), cell.mColor, mBefore.mIndex != nullptr && !isSame});
     }
     return line;
