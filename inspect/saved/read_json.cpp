@@ -11,7 +11,7 @@ namespace Inspect {
 
 namespace {
 
-/// Some ten times what the largest state takes: more is a file that was given by mistake, or a device without an end.
+/// A hundred times the state of a full bus: more is a file that was given by mistake, or a device without an end.
 constexpr std::size_t cMostBytes = std::size_t{1} << 30;
 
 /// False when it is not JSON, whatever follows: most devices and pipes without an end need not be read up to the limit.
