@@ -239,9 +239,35 @@ TEST(Inspect, TellsAFileThatIsNoState)
         expectComplaint(inspect({"list", "--from", file}), eNoState, words);
     }
     expectComplaint(inspect({"list", "--from", directory / "none"}), eNoState, "No such file");
+    expectComplaint(inspect({"list", "--from", "/dev/zero"}), eNoState, "/dev/zero: line 1, column 1: not JSON");
+    const ProgramResult endless = inspectInShell("yes | \"$0\" list --from -", "");
+    expectComplaint(endless, eNoState, "standard input: line 1, column 1: not JSON");
     writeFile(file, whole);
     const ProgramResult piped = inspectInShell("\"$0\" list memory --from - <\"$1\"", file);
     EXPECT_TRUE(piped.status == eYes && piped.output == inspect({"list", "memory", "--from", file}).output);
+}
+
+TEST(Inspect, AbbreviatesInComplaintsWhatIsTooLongToRead)
+{
+    const std::string digits(5000, '7');
+    const TemporaryDirectory directory;
+    const std::string file = directory / "state.json";
+    writeFile(file, digits);
+    for (const ProgramResult& result :
+         {inspect({"list", "--from", file}), inspect({"list", digits}), inspect({digits}),
+          inspect({"watch", "--interval", digits + "s"}), inspect({"show", digits, "-c", "there-is-" + digits}),
+          inspect({"save", directory / digits})}) {
+        expectComplaint(result, result.status, "");
+        EXPECT_NE(result.status, eYes);
+        EXPECT_LT(result.errors.size(), 500U) << result.errors;
+    }
+    const std::string longest(255, 'n'); // A name may be as long.
+    EXPECT_THAT(inspect({"list", longest}).errors, HasSubstr(longest));
+    std::string umlauts = ".";
+    for (int i = 0; i < 1000; ++i) {
+        umlauts += "\xC3\xB6";
+    }
+    EXPECT_THAT(inspect({"list", umlauts}).errors, Not(HasSubstr("\\x")));
 }
 
 TEST(InspectWait, SeesWhatComesGoesAndIsHostedAnew)

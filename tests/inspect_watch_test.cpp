@@ -10,6 +10,7 @@
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 #include <sstream>
+#include <vector>
 
 using testing::ContainsRegex;
 using testing::HasSubstr;
@@ -133,6 +134,24 @@ TEST(WatchCommand, EndsWhenItIsTimeAndWhenNobodyReads)
     EXPECT_TRUE(TestSupport::waitUntil([&] { return !stopped.output().empty(); }));
     stopped.send(SIGTERM);
     EXPECT_EQ(stopped.wait(), eYes);
+}
+
+TEST(WatchCommand, PrintsTimesThatNeverGoBack)
+{
+    WatchedBus bus(TestSupport::uniqueChannelName());
+    Program watch(inspectWords({"watch", "-c", bus.mChannel.name(), "--interval", "10ms"}),
+                  {.environment = {{"LD_PRELOAD", BACKWARD_CLOCK}}});
+    for (std::size_t lines = 1; lines < 4; ++lines) {
+        ASSERT_TRUE(TestSupport::waitUntil([&] { return TestSupport::countIn(watch.output(), "\n") >= lines; }));
+        bus.add("Another", ZunicHosting::InstanceType::stub);
+    }
+    std::istringstream output(watch.output());
+    std::vector<std::string> times;
+    for (std::string time, line; output >> time && std::getline(output, line);) {
+        times.push_back(time);
+    }
+    EXPECT_THAT(times, testing::SizeIs(testing::Ge(3U)));
+    EXPECT_TRUE(std::ranges::is_sorted(times)) << testing::PrintToString(times);
 }
 
 TEST(WatchCommand, WaitsForAFinding)

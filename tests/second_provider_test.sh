@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Builds the tool against another provider of its platform, without platform/ and all that hosts channels in reach.
+# Builds the tool, hardened as in the package, against another provider of its platform, without platform/ and all that
+# hosts channels in reach.
 # usage: second_provider_test.sh SOURCE_DIR CXX_COMPILER
 set -euo pipefail
 source=$1 compiler=$2
@@ -22,8 +23,9 @@ rm -rf "$scratch/build"
 
 mkdir "$scratch/source"
 cp -r "$source"/{CMakeLists.txt,app,channel,cmake,completions,docs,enquirer,inspect,json,writer} "$scratch/source"
-configure_and_build -S "$scratch/source" -B "$scratch/build" -DZUNIC_PLATFORM_DIR="$scratch/platform"
+configure_and_build -S "$scratch/source" -B "$scratch/build" -DZUNIC_PLATFORM_DIR="$scratch/platform" -DZUNIC_HARDENING=ON
 cmake --install "$scratch/build" --prefix "$scratch/installed" >/dev/null
+"$source/tests/check_hardening.sh" "$scratch/installed"
 
 # On a target the platform's libraries lie where the loader looks for them.
 export LD_LIBRARY_PATH=$scratch/platform/lib

@@ -3,6 +3,7 @@
 #include "inspect/cli/help_formatter.h"
 #include "inspect/cli/printable.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <clocale>
 #include <cstring>
@@ -111,11 +112,38 @@ ExitStatus answer(int argc, char** argv, std::span<const Command* const> command
     return status;
 }
 
+/// The text with words that no name is as long as, such as a number of a thousand digits, without their middle.
+std::string abbreviated(std::string_view text)
+{
+    constexpr std::size_t cLongest = 300;
+    constexpr std::size_t cKept = 40; // at each end
+    const auto isInCharacter = [&](std::size_t place) {
+        return (static_cast<unsigned char>(text[place]) & 0xC0) == 0x80;
+    };
+    std::string shorter;
+    while (!text.empty()) {
+        const std::size_t word = std::min(text.find(' '), text.size() - 1) + 1;
+        if (word > cLongest) {
+            std::size_t begin = cKept;
+            std::size_t end = word - cKept;
+            for (; begin > 0 && isInCharacter(begin); --begin) {
+            }
+            for (; end < word && isInCharacter(end); ++end) {
+            }
+            shorter.append(text.substr(0, begin)).append("...").append(text.substr(end, word - end));
+        } else {
+            shorter += text.substr(0, word);
+        }
+        text.remove_prefix(word);
+    }
+    return shorter;
+}
+
 } // namespace
 
 void complain(const std::string& text)
 {
-    std::cerr << "zunic_inspect: " + printable(text, Blanks::eKept) + "\n";
+    std::cerr << "zunic_inspect: " + printable(abbreviated(text), Blanks::eKept) + "\n";
 }
 
 void appendQuoted(std::string& names, const std::string& name)
@@ -137,6 +165,8 @@ ExitStatus runCommandLine(int argc, char** argv, std::span<const Command* const>
         return fail(failure.status(), failure.what());
     } catch (const std::ios::failure& failure) {
         return afterFailedStream(failure, errno);
+    } catch (const std::bad_alloc&) {
+        return fail(eExitFailed, "out of memory");
     } catch (const std::exception& error) {
         return fail(eExitFailed, error.what());
     }

@@ -5,6 +5,7 @@
 #include "inspect/commands/line_limit.h"
 #include "inspect/commands/shared_options.h"
 #include "inspect/commands/source.h"
+#include "inspect/saved/json_text.h"
 
 #include <memory>
 
@@ -41,11 +42,11 @@ Json whereAndWhen(const BusState& state)
 
 void writeJson(std::ostream& out, const BusState& before, const BusState& now, const std::vector<Change>& changes)
 {
-    out << "{\"schema\":" << Json(cDiffSchema) << ",\n\"before\":" << whereAndWhen(before)
-        << ",\n\"now\":" << whereAndWhen(now) << ",\n\"changes\":[";
+    out << "{\"schema\":" << jsonText(cDiffSchema) << ",\n\"before\":" << jsonText(whereAndWhen(before))
+        << ",\n\"now\":" << jsonText(whereAndWhen(now)) << ",\n\"changes\":[";
     const char* separator = "\n";
     for (const Change& change : changes) {
-        out << separator << toJson(change);
+        out << separator << jsonText(toJson(change));
         separator = ",\n";
     }
     out << "\n]}\n";

@@ -24,11 +24,7 @@ ExitStatus runSave(const SaveOptions& options, std::ostream& out)
     const auto write = [&](std::ostream& file) {
         options.mAsContract ? writeContract(file, BusIndex(state)) : writeState(file, state);
     };
-    if (options.mFile == "-") {
-        write(out);
-    } else {
-        writeOutputFile(options.mFile, cOwnerOnly, write);
-    }
+    writeOutput(options.mFile, cOwnerOnly, out, write);
     return eExitYes;
 }
 

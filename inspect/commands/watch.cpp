@@ -6,6 +6,7 @@
 #include "inspect/commands/shared_options.h"
 #include "inspect/findings/findings.h"
 #include "inspect/live/bus_follower.h"
+#include "inspect/saved/json_text.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -52,7 +53,7 @@ bool waitUntil(Clock::time_point then)
     }
 }
 
-/// Writes the lines.
+/// Writes the lines. The wall clock can be set back; times of lines never go back.
 class EventPrinter
 {
 public:
@@ -84,10 +85,11 @@ public:
 private:
     void write(WallTime time, const std::string& line, const Json& json)
     {
+        time = mLatest = std::max(mLatest, time);
         if (mOptions.mJson) {
             Json object{{"schema", cDiffSchema}, {"time", utcText(time)}};
             object.update(json);
-            mOut << object << std::endl;
+            mOut << jsonText(object) << std::endl;
         } else {
             mOut << utcText(time) << ' ' << (mOptions.mColors ? colored(line) : line) << std::endl;
         }
@@ -95,6 +97,7 @@ private:
 
     std::ostream& mOut;
     const ChangeOptions& mOptions;
+    WallTime mLatest{};
 };
 
 /// Findings that show only over time take two looks that are some time apart: what is on its way through the bus is in

@@ -3,6 +3,7 @@
 #include "channel/registry_snapshot.h"
 #include "inspect/live/processes.h"
 #include "inspect/live/state_parts.h"
+#include "inspect/live/truncation_guard.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -87,7 +88,7 @@ void remember(const Channel::RegistryTables& tables, Remembered& remembered)
 }
 
 /// `before`: null remembers nothing. None when nothing has changed since then.
-std::optional<BusState> take(const std::string& name, const Wanted& wanted, Remembered* before)
+std::optional<BusState> lookAt(const std::string& name, const Wanted& wanted, Remembered* before)
 {
     const Attachment channel = attach(name);
     BusState state;
@@ -119,6 +120,25 @@ std::optional<BusState> take(const std::string& name, const Wanted& wanted, Reme
         remember(*copy, *before);
     }
     return state;
+}
+
+/// As `lookAt`; a channel that is truncated meanwhile counts as gone, whatever came of reading it.
+std::optional<BusState> take(const std::string& name, const Wanted& wanted, Remembered* before)
+{
+    const TruncationGuard guard;
+    const auto requireWhole = [&] {
+        if (guard.hasStruck()) {
+            throw NoChannel("channel \"" + name + "\" was truncated while it was being read", true);
+        }
+    };
+    try {
+        std::optional<BusState> state = lookAt(name, wanted, before);
+        requireWhole();
+        return state;
+    } catch (const NoChannel&) {
+        requireWhole();
+        throw;
+    }
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #ifndef INSPECT_SAVED_JSON_ROWS_H
 #define INSPECT_SAVED_JSON_ROWS_H
 
+#include "inspect/saved/json_text.h"
 #include "inspect/saved/record_json.h"
 
 #include <nlohmann/json.hpp>
@@ -16,12 +17,12 @@ class JsonRows
 public:
     JsonRows(std::ostream& out, const char* schema, const char* what) : mOut(out)
     {
-        mOut << "{\"schema\":" << Json(schema) << ",\"" << what << "\":[";
+        mOut << "{\"schema\":" << jsonText(schema) << ",\"" << what << "\":[";
     }
 
     void add(const Json& row)
     {
-        mOut << mSeparator << row;
+        mOut << mSeparator << jsonText(row);
         mSeparator = ",\n";
     }
 

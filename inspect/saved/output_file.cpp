@@ -138,6 +138,7 @@ Place find(const std::string& path)
 void writeTo(const Descriptor& file, const Write& write)
 {
     const int copy = fcntl(file.number(), F_DUPFD_CLOEXEC, 0); // The buffer closes it.
+    require(copy >= 0);
     __gnu_cxx::stdio_filebuf<char> buffer(copy, std::ios::out | std::ios::binary);
     std::ostream out(&buffer);
     out.exceptions(std::ios::badbit | std::ios::failbit);
@@ -283,6 +284,15 @@ void writeOutputFile(const std::string& path, mode_t permissions, const Write& w
         writeAt(find(path), permissions, write);
     } catch (const NotSaved& error) {
         throw NotSaved(path + ": " + error.what());
+    }
+}
+
+void writeOutput(const std::string& path, mode_t permissions, std::ostream& standardOutput, const Write& write)
+{
+    if (path == "-") {
+        write(standardOutput);
+    } else {
+        writeOutputFile(path, permissions, write);
     }
 }
 

@@ -28,6 +28,10 @@ constexpr mode_t cForEveryone = 0644; ///< readable by everyone
 /// Throws NotSaved for anything else and on errors; a file is then as before, and no other one is left behind.
 void writeOutputFile(const std::string& path, mode_t permissions, const std::function<void(std::ostream&)>& write);
 
+/// As writeOutputFile; to `standardOutput` if the name is "-".
+void writeOutput(const std::string& path, mode_t permissions, std::ostream& standardOutput,
+                 const std::function<void(std::ostream&)>& write);
+
 } // namespace Inspect
 
 #endif

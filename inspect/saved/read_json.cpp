@@ -11,7 +11,16 @@ namespace Inspect {
 
 namespace {
 
+/// A hundred times the state of a full bus: more is a file that was given by mistake, or a device without an end.
 constexpr std::size_t cMostBytes = std::size_t{1} << 30;
+
+/// False when it is not JSON, whatever follows: most devices and pipes without an end need not be read up to the limit.
+bool canBeginJson(const std::string& text)
+{
+    const std::size_t first = text.find_first_not_of(" \t\r\n");
+    constexpr std::string_view cFirstBytes = "{[\"-0123456789tfn\xEF"; // the last one: of a byte order mark
+    return first == std::string::npos || cFirstBytes.find(text[first]) != std::string_view::npos;
+}
 
 std::string readText(std::istream& in)
 {
@@ -21,6 +30,9 @@ std::string readText(std::istream& in)
         text.append(block.data(), static_cast<std::size_t>(in.gcount()));
         if (text.size() > cMostBytes) {
             throw NoState("too large: more than 1 GiB");
+        }
+        if (text.size() <= block.size() && !canBeginJson(text)) {
+            break;
         }
     }
     if (in.bad()) {

@@ -1,5 +1,6 @@
 #include "inspect/saved/state_json.h"
 
+#include "inspect/saved/json_text.h"
 #include "inspect/saved/read_json.h"
 #include "inspect/saved/record_json.h"
 
@@ -11,7 +12,7 @@ namespace {
 void writeMembers(std::ostream& out, const Json& object)
 {
     for (const auto& [key, value] : object.items()) {
-        out << Json(key) << ": " << value << ",\n";
+        out << jsonText(key) << ": " << jsonText(value) << ",\n";
     }
 }
 
@@ -19,10 +20,10 @@ void writeMembers(std::ostream& out, const Json& object)
 template <typename Records>
 void writeRecords(std::ostream& out, const char* key, const Records& records)
 {
-    out << Json(key) << ": [";
+    out << jsonText(key) << ": [";
     const char* separator = "\n";
     for (const auto& record : records) {
-        out << separator << toJson(record);
+        out << separator << jsonText(toJson(record));
         separator = ",\n";
     }
     out << "\n]";
@@ -69,7 +70,7 @@ BusState readDocument(const JsonPlace& document)
 
 void writeState(std::ostream& out, const BusState& state)
 {
-    out << "{\n\"schema\": " << Json(cStateSchema) << ",\n";
+    out << "{\n\"schema\": " << jsonText(cStateSchema) << ",\n";
     writeMembers(out, toJson(state));
     writeRecords(out, "interfaces", state.mInterfaces);
     writeRecords(out << ",\n", "communicators", state.mCommunicators);

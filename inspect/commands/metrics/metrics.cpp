@@ -153,21 +153,12 @@ void add(MetricsText& text, const Metric& metric, const Looks& looks)
     metric.mAdd(text, looks);
 }
 
-void deliver(const MetricsOptions& options, std::ostream& out, const std::function<void(std::ostream&)>& write)
-{
-    if (options.mOutput.empty()) {
-        write(out);
-    } else {
-        writeOutputFile(options.mOutput, cForEveryone, write);
-    }
-}
-
 Run addMetricsOptions(CLI::App& part)
 {
     const auto options = std::make_shared<MetricsOptions>();
     addLookSourceOptions(part, options->mSource);
     part.add_option("--output", options->mOutput,
-                    "Write to this file, readable by everyone, instead of standard output")
+                    "Write to this file, readable by everyone (default: \"-\", standard output)")
         ->type_name("FILE")
         ->check(complaintAboutFile, "");
     part.footer("The format is OpenMetrics text. If the channel cannot be read, zunic_up is 0,\n"
@@ -205,10 +196,12 @@ ExitStatus runMetrics(const MetricsOptions& options, std::ostream& out)
     try {
         const std::vector<BusState> looks = takeLooks(options.mSource);
         const BusState* const before = looks.size() > 1 ? &looks.front() : nullptr;
-        deliver(options, out, [&](std::ostream& to) { writeMetrics(to, looks.back(), before); });
+        writeOutput(options.mOutput, cForEveryone, out,
+                    [&](std::ostream& to) { writeMetrics(to, looks.back(), before); });
         return eExitYes;
     } catch (const NoChannel&) {
-        deliver(options, out, [&](std::ostream& to) { writeNoBus(to, options.mSource.mChannel, wallTimeNow()); });
+        writeOutput(options.mOutput, cForEveryone, out,
+                    [&](std::ostream& to) { writeNoBus(to, options.mSource.mChannel, wallTimeNow()); });
         throw;
     }
 }

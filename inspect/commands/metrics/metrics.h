@@ -13,7 +13,7 @@ namespace Inspect {
 struct MetricsOptions
 {
     LookSource mSource;
-    std::string mOutput; ///< a file; empty: standard output
+    std::string mOutput = "-"; ///< a file; "-": standard output
 };
 
 /// Writes the figures of a bus for Prometheus. Where the bus cannot be read, they say so before NoChannel is thrown.

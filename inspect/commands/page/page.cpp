@@ -21,11 +21,7 @@ ExitStatus runPage(const PageOptions& options, std::ostream& out)
 {
     const BusState state = readSource(options.mSource, Wanted::everything());
     const std::vector<Finding> findings = findAll(BusIndex(state));
-    if (options.mFile == "-") {
-        writePage(out, state, findings);
-    } else {
-        writeOutputFile(options.mFile, cOwnerOnly, [&](std::ostream& file) { writePage(file, state, findings); });
-    }
+    writeOutput(options.mFile, cOwnerOnly, out, [&](std::ostream& file) { writePage(file, state, findings); });
     return eExitYes;
 }
 

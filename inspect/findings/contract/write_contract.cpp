@@ -3,6 +3,7 @@
 #include "inspect/bus/words.h"
 #include "inspect/findings/contract/contract.h"
 #include "inspect/findings/rule.h"
+#include "inspect/saved/json_text.h"
 #include "inspect/saved/record_json.h"
 
 #include <algorithm>
@@ -81,7 +82,7 @@ Json toJson(const Identity& identity, const Kept& kept)
 /// A record as it stands in the array, two levels deep.
 std::string indented(const Json& record)
 {
-    std::string text = record.dump(2);
+    std::string text = jsonText(record, 2);
     for (std::size_t end = text.find('\n'); end != std::string::npos; end = text.find('\n', end + 1)) {
         text.insert(end + 1, "    ");
     }
@@ -92,7 +93,7 @@ std::string indented(const Json& record)
 
 void writeContract(std::ostream& out, const BusIndex& index)
 {
-    out << "{\n  \"schema\": " << Json(cContractSchema) << ",\n  \"interfaces\": [";
+    out << "{\n  \"schema\": " << jsonText(cContractSchema) << ",\n  \"interfaces\": [";
     const char* separator = "\n    ";
     for (const auto& [identity, kept] : whatIsKept(index)) {
         out << separator << indented(toJson(identity, kept));
