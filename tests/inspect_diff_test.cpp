@@ -30,10 +30,17 @@ std::string identity(const Interface& interface)
     return interface.mName + "/" + interface.mRole + "/" + interface.mDomain + "/" + typeWord(interface.mType);
 }
 
+std::vector<Change> changesBetween(const BusState& before, const BusState& now, Traffic traffic = Traffic::eTold)
+{
+    std::vector<Change> changes;
+    forEachChange(before, now, traffic, [&](const Change& change) { changes.push_back(change); });
+    return changes;
+}
+
 std::string functionsText(const Interface& interface)
 {
     Json names = Json::array();
-    for (const std::string& name : interface.mFunctions.value_or(std::vector<std::string>())) {
+    for (const std::string& name : interface.mFunctions.value_or(FunctionNames())) {
         names.push_back(nameToJson(name));
     }
     return names.dump();
@@ -251,6 +258,7 @@ public:
                          anyInterface().mState,
                          {},
                          anyInterface().mFunctions,
+                         false,
                          interface.mReceivers};
         } else if (what < 7) {
             toggle(interface.mReceivers,
@@ -307,7 +315,8 @@ private:
                 anyCommunicatorId(),
                 below(3) == 0 ? 3U : 1U,
                 {},
-                std::vector{any("fg"), any("fg")},
+                FunctionNames{any("fg"), any("fg")},
+                false,
                 {}};
     }
 
@@ -327,8 +336,11 @@ private:
 
     static void toggle(IdSet& ids, std::size_t id)
     {
-        const auto found = std::ranges::lower_bound(ids, id);
-        found != ids.end() && *found == id ? ids.erase(found) : ids.insert(found, static_cast<std::uint16_t>(id));
+        std::set<std::uint16_t> toggled(ids.begin(), ids.end());
+        if (const auto [place, isNew] = toggled.insert(static_cast<std::uint16_t>(id)); !isNew) {
+            toggled.erase(place);
+        }
+        ids = IdSet(toggled.begin(), toggled.end());
     }
 
     void kill(std::uint32_t processId)
@@ -401,8 +413,8 @@ TEST(Diff, WordsWhatANeighbourMayWriteSafelyAndKnowsADeadProcessByWhatItHad)
 {
     BusState before;
     before.mCommunicators = {{1, 12, 1, {{}, {}, Living::eNo}}, {2, 13, 1, {"b d", {}, Living::eYes}}};
-    before.mInterfaces = {{5, "Clo\nck", "", "-", 2, {1, 0, 0}, 1, 1, {}, {{"f", "g"}}, {7, 900}},
-                          {7, "Z\xFF", "r", "l", 1, {}, 2, 1, {}, {{}}, {}}};
+    before.mInterfaces = {{5, "Clo\nck", "", "-", 2, {1, 0, 0}, 1, 1, {}, {{"f", "g"}}, false, {7, 900}},
+                          {7, "Z\xFF", "r", "l", 1, {}, 2, 1, {}, FunctionNames(), false, {}}};
     before.mMemoryManagers = {{64, 1, 1, 8, 3}};
     BusState now = before;
     now.mCommunicators[0] = {9, 99, 1, {"clockd", {}, Living::eYes}};

@@ -138,7 +138,8 @@ Json toJson(const Communicator* owner)
 Json toJson(const Party& party)
 {
     Json json = toJson(*party.mInterface);
-    for (const char* const notToldHere : {"communicator", "function_storage", "functions", "receivers"}) {
+    for (const char* const notToldHere :
+         {"communicator", "function_storage", "functions", "functions_cut", "receivers"}) {
         json.erase(notToldHere);
     }
     json["owner"] = toJson(party.mOwner);

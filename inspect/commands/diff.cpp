@@ -11,14 +11,6 @@ namespace Inspect {
 
 namespace {
 
-void writeText(std::ostream& out, const std::vector<Change>& changes, bool isColored)
-{
-    for (const Change& change : changes) {
-        const std::string line = lineOf(change);
-        out << (isColored ? colored(line) : line) << '\n';
-    }
-}
-
 /// The first line, where the machine may be what differs rather than the bus.
 void writeHosts(std::ostream& out, const BusState& before, const BusState& now)
 {
@@ -32,16 +24,23 @@ Json whereAndWhen(const BusState& state)
     return {{"channel", nameToJson(state.mChannel)}, {"taken_at", utcText(state.mTakenAt)}};
 }
 
-void writeJson(std::ostream& out, const BusState& before, const BusState& now, const std::vector<Change>& changes)
+/// Writes the changes that are not ignored, each when it is found. Returns whether there are any.
+bool writeChanges(std::ostream& out, const BusState& before, const BusState& now, const ChangeOptions& options)
 {
-    out << "{\"schema\":" << Json(cDiffSchema) << ",\n\"before\":" << whereAndWhen(before)
-        << ",\n\"now\":" << whereAndWhen(now) << ",\n\"changes\":[";
-    const char* separator = "\n";
-    for (const Change& change : changes) {
-        out << separator << toJson(change);
-        separator = ",\n";
-    }
-    out << "\n]}\n";
+    bool isAny = false;
+    forEachChange(before, now, Traffic::eTold, [&](const Change& change) {
+        if (options.isIgnored(change)) {
+            return;
+        }
+        if (options.mJson) {
+            out << (isAny ? ",\n" : "\n") << toJson(change);
+        } else {
+            const std::string line = lineOf(change);
+            out << (options.mColors ? colored(line) : line) << '\n';
+        }
+        isAny = true;
+    });
+    return isAny;
 }
 
 void addFile(CLI::App& part, const char* name, std::string& file, const char* meaning)
@@ -73,25 +72,21 @@ Run addDiffOptions(CLI::App& part)
 
 } // namespace
 
-void dropIgnored(std::vector<Change>& changes, const ChangeOptions& options)
-{
-    std::erase_if(changes,
-                  [&](const Change& change) { return options.mIsIgnored.at(static_cast<std::size_t>(change.mKind)); });
-}
-
 ExitStatus runDiff(const DiffOptions& options, std::ostream& out)
 {
     const BusState before = readSource({.mChannel = {}, .mFrom = options.mBefore}, Wanted::everything());
     const BusState now = readSource({.mChannel = options.mChannel, .mFrom = options.mNow}, Wanted::everything());
-    std::vector<Change> changes = changesBetween(before, now);
-    dropIgnored(changes, options.mChanges);
+    bool isAny = false;
     if (options.mChanges.mJson) {
-        writeJson(out, before, now, changes);
+        out << "{\"schema\":" << Json(cDiffSchema) << ",\n\"before\":" << whereAndWhen(before)
+            << ",\n\"now\":" << whereAndWhen(now) << ",\n\"changes\":[";
+        isAny = writeChanges(out, before, now, options.mChanges);
+        out << "\n]}\n";
     } else {
         writeHosts(out, before, now);
-        writeText(out, changes, options.mChanges.mColors);
+        isAny = writeChanges(out, before, now, options.mChanges);
     }
-    return changes.empty() ? eExitYes : eExitNo;
+    return isAny ? eExitNo : eExitYes;
 }
 
 void addChangeOptions(CLI::App& part, ChangeOptions& options, const char* jsonMeaning)

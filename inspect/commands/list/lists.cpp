@@ -140,9 +140,9 @@ std::size_t countUsed(const ListRow& row)
     return countRegistered(row, Oxa::eInterfaceInstanceTypeStub);
 }
 
-IdSet communicatorIds(const ListRow& row)
+std::vector<std::uint16_t> communicatorIds(const ListRow& row)
 {
-    IdSet ids;
+    std::vector<std::uint16_t> ids;
     for (const Communicator* const communicator : row.record<BusProcess>()->mCommunicators) {
         ids.push_back(communicator->mId);
     }
@@ -168,7 +168,13 @@ const std::vector<Column> cProcessColumns{
     column("USES", "number of interfaces it uses: registered stubs", ColumnKind::eNumber,
            [](const ListRow& row) { return numberCell(countUsed(row)); }),
     column("COMMUNICATORS", "ids of its communicators", ColumnKind::eText,
-           [](const ListRow& row) { return idsCell(communicatorIds(row)); }),
+           [](const ListRow& row) {
+               std::string text;
+               for (const std::uint16_t id : communicatorIds(row)) {
+                   appendListed(text, id);
+               }
+               return Cell{text};
+           }),
     column(&Process::mApplication, "its application", Shown::eAlways, cProcesses),
 };
 
