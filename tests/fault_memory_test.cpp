@@ -2,8 +2,10 @@
 #include "support/live_bus.h"
 #include "support/sanitized.h"
 
+#include "zunic_hosting/channel_format.h"
 #include "zunic_hosting/hosted_channel.h"
 
+#include <cstring>
 #include <fcntl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -84,8 +86,8 @@ protected:
 
 TEST_F(FaultOfTheMemory, OneFunctionStorageAndAllLinksForAllInterfaces)
 {
-    HostedChannel channel = HostedChannel::create(
-        {.name = uniqueChannelName(), .memoryManagers = {{800'000, 1, 0, 1}}});
+    HostedChannel channel =
+        HostedChannel::create({.name = uniqueChannelName(), .memoryManagers = {{800'000, 1, 0, 1}}});
     const auto registerAll = [&](oxa_zunic_range_location functions) {
         for (std::uint16_t id = 0; id < cInterfaces; ++id) {
             channel.lock().registerInterface({.interfaceName = std::to_string(id % 2),
@@ -118,8 +120,7 @@ TEST_F(FaultOfTheMemory, OneFunctionStorageAndAllLinksForAllInterfaces)
                            {"check", "--again", "1ms"},
                            {"metrics", "--again", "1ms"},
                            {"watch", "--for", "1ms", "--until", "dead-process"},
-                           {"diff", before},
-                           {"diff", before, "--json"}});
+                           {"diff", before}});
 }
 
 TEST_F(FaultOfTheMemory, AllReceiversInAllSlots)
@@ -128,8 +129,10 @@ TEST_F(FaultOfTheMemory, AllReceiversInAllSlots)
     HostedChannel channel = HostedChannel::create({.name = uniqueChannelName(), .messageSlots = cSlots});
     std::vector<std::uint16_t> receivers(cInterfaces);
     std::iota(receivers.begin(), receivers.end(), std::uint16_t{0});
-    for (std::uint32_t index = 0; index < cSlots; ++index) {
-        channel.lock().writeSlot(index, {.state = ZunicHosting::SlotState::message, .senderId = 1, .receivers = receivers});
+    channel.lock().writeSlot(0, {.state = ZunicHosting::SlotState::message, .senderId = 1, .receivers = receivers});
+    for (std::size_t index = 1; index < cSlots; ++index) {
+        std::memcpy(channel.messages() + index * sizeof(ZunicFormat::MessageSlot), channel.messages(),
+                    sizeof(ZunicFormat::MessageSlot));
     }
     expectWithin(channel, {{"check", "--json", "--again", "1ms"},
                            {"metrics", "--again", "1ms"},

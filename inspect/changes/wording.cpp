@@ -137,7 +137,10 @@ Json toJson(const Communicator* owner)
 
 Json toJson(const Party& party)
 {
-    Json json = toJson(*party.mInterface);
+    Interface interface = *party.mInterface;
+    interface.mFunctions.reset(); // There may be thousands, and a million links.
+    interface.mReceivers = IdSet();
+    Json json = toJson(interface);
     for (const char* const notToldHere :
          {"communicator", "function_storage", "functions", "functions_cut", "receivers"}) {
         json.erase(notToldHere);

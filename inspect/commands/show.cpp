@@ -54,7 +54,10 @@ Json ownerJson(const BusIndex& index, const Interface& interface)
 /// The other side of a connection: who it is, and whose.
 Json otherSide(const BusIndex& index, const Interface& interface)
 {
-    Json json = toJson(interface);
+    Interface plain = interface;
+    plain.mFunctions.reset(); // There may be thousands.
+    plain.mReceivers = IdSet();
+    Json json = toJson(plain);
     for (const char* const notShownHere : {"functions", "functions_cut", "receivers"}) {
         json.erase(notShownHere);
     }
