@@ -11,7 +11,6 @@
 #include <chrono>
 #include <csignal>
 #include <filesystem>
-#include <numeric>
 #include <random>
 #include <stdexcept>
 #include <thread>
@@ -118,8 +117,9 @@ void measureGrowthOfCheck()
             made.mName = interfaceName(id);
             made.mType = id % 2 == 0 ? Oxa::eInterfaceInstanceTypeSkeleton : Oxa::eInterfaceInstanceTypeStub;
             made.mState = oxa_zunic_registration_state_registered;
-            made.mReceivers.resize(interfaces);
-            std::iota(made.mReceivers.begin(), made.mReceivers.end(), std::uint16_t{0});
+            for (std::uint16_t receiver = 0; receiver < interfaces; ++receiver) {
+                made.mReceivers.append(receiver);
+            }
             state.mInterfaces.push_back(made);
         }
         std::vector<double> times;

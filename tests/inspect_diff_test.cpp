@@ -45,6 +45,7 @@ public:
                          anyInterface().mState,
                          {},
                          anyInterface().mFunctions,
+                         false,
                          interface.mReceivers};
         } else if (what < 7) {
             toggle(interface.mReceivers,
@@ -101,7 +102,8 @@ private:
                 anyCommunicatorId(),
                 below(3) == 0 ? 3U : 1U,
                 {},
-                std::vector{any("fg"), any("fg")},
+                FunctionNames{any("fg"), any("fg")},
+                false,
                 {}};
     }
 
@@ -121,8 +123,11 @@ private:
 
     static void toggle(IdSet& ids, std::size_t id)
     {
-        const auto found = std::ranges::lower_bound(ids, id);
-        found != ids.end() && *found == id ? ids.erase(found) : ids.insert(found, static_cast<std::uint16_t>(id));
+        std::set<std::uint16_t> toggled(ids.begin(), ids.end());
+        if (const auto [place, isNew] = toggled.insert(static_cast<std::uint16_t>(id)); !isNew) {
+            toggled.erase(place);
+        }
+        ids = IdSet(toggled.begin(), toggled.end());
     }
 
     void kill(std::uint32_t processId)
@@ -195,8 +200,8 @@ TEST(Diff, WordsWhatANeighbourMayWriteSafelyAndKnowsADeadProcessByWhatItHad)
 {
     BusState before;
     before.mCommunicators = {{1, 12, 1, {{}, {}, Living::eNo}}, {2, 13, 1, {"b d", {}, Living::eYes}}};
-    before.mInterfaces = {{5, "Clo\nck", "", "-", 2, {1, 0, 0}, 1, 1, {}, {{"f", "g"}}, {7, 900}},
-                          {7, "Z\xFF", "r", "l", 1, {}, 2, 1, {}, {{}}, {}}};
+    before.mInterfaces = {{5, "Clo\nck", "", "-", 2, {1, 0, 0}, 1, 1, {}, {{"f", "g"}}, false, {7, 900}},
+                          {7, "Z\xFF", "r", "l", 1, {}, 2, 1, {}, FunctionNames(), false, {}}};
     before.mMemoryManagers = {{64, 1, 1, 8, 3}};
     BusState now = before;
     now.mCommunicators[0] = {9, 99, 1, {"clockd", {}, Living::eYes}};

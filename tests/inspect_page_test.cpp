@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
+#include <sstream>
 
 using namespace Inspect;
 
@@ -28,7 +29,9 @@ TEST(PageData, OfNonsenseIsJsonThatCannotEndItsElement)
     const FindingKind kind{"full", Severity::eError, "", "", "", "Look."};
     const Finding finding{&kind, Severity::eError, subject, "\n"};
 
-    const std::string text = pageData(state, {finding});
+    std::ostringstream out;
+    writePageData(out, state, {finding});
+    const std::string text = out.str();
     EXPECT_TRUE(std::ranges::all_of(text, [](char c) { return c == '\n' || (c >= ' ' && c <= '~' && c != '<'); }));
     const Json data = Json::parse(text);
     EXPECT_EQ(data["state"]["channel"], state.mChannel);

@@ -6,6 +6,8 @@
 #include "channel/message_slots.h"
 #include "channel/record_types.h"
 
+#include "inspect/bus/function_names.h"
+#include "inspect/bus/id_set.h"
 #include "inspect/bus/times.h"
 
 #include <array>
@@ -20,9 +22,6 @@
 
 namespace Inspect {
 
-/// Interface ids in ascending order.
-using IdSet = std::vector<std::uint16_t>;
-
 struct Interface
 {
     std::uint16_t mId = 0;
@@ -34,10 +33,10 @@ struct Interface
     std::uint16_t mCommunicatorId = 0; ///< Channel::cNoCommunicator: none is recorded
     std::uint32_t mState = 0;          ///< registered or preregistered
     OxaZunic::OxaZunicRangeLocation mFunctionStorage;
-    /// By position; none when the function storage could not be read.
-    std::optional<std::vector<std::string>> mFunctions;
-    bool mFunctionsCut = false; ///< there are more names, or all were left out: a limit was reached
-    IdSet mReceivers; ///< the interfaces connected to this one
+    /// None when the function storage could not be read, or its names were left out.
+    std::optional<FunctionNames> mFunctions;
+    bool mFunctionsCut = false; ///< there are more names: they end at a limit, or were left out because of it
+    IdSet mReceivers;           ///< the interfaces connected to this one
 
     bool operator==(const Interface& other) const = default;
 };

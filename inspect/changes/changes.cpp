@@ -14,7 +14,7 @@ namespace {
 class Comparison
 {
 public:
-    Comparison(const Matching& matching, std::vector<Change>& changes) : mMatching(matching), mChanges(changes) {}
+    Comparison(const Matching& matching, const ChangeVisitor& visit) : mMatching(matching), mVisit(visit) {}
 
     void compareProcesses();
     void compareInterfaces();
@@ -25,21 +25,21 @@ private:
     void compareOwners(std::size_t before, std::size_t now, const Party& subject);
     void add(Sign sign, ChangeKind kind, const Party& subject)
     {
-        mChanges.push_back({.mSign = sign, .mKind = kind, .mSubject = subject});
+        mVisit({.mSign = sign, .mKind = kind, .mSubject = subject});
     }
     void add(ChangeKind kind, const Party& subject, const std::string& attribute, Json before, Json now,
              Sign sign = Sign::eChanged)
     {
-        mChanges.push_back({.mSign = sign,
-                            .mKind = kind,
-                            .mSubject = subject,
-                            .mAttribute = attribute,
-                            .mBefore = std::move(before),
-                            .mNow = std::move(now)});
+        mVisit({.mSign = sign,
+                .mKind = kind,
+                .mSubject = subject,
+                .mAttribute = attribute,
+                .mBefore = std::move(before),
+                .mNow = std::move(now)});
     }
 
     const Matching& mMatching;
-    std::vector<Change>& mChanges;
+    const ChangeVisitor& mVisit;
 };
 
 /// "2 registered, 1 invalid".
@@ -78,7 +78,7 @@ Json shownValue(const Oxa::Version& version, Words /*none*/)
     return versionWord(version);
 }
 
-Json shownValue(const std::optional<std::vector<std::string>>& names, Words /*none*/)
+Json shownValue(const std::optional<FunctionNames>& names, Words /*none*/)
 {
     Json shown = Json::array();
     for (const std::string& name : *names) {
@@ -201,7 +201,10 @@ void Comparison::compareInterface(std::size_t before, std::size_t now)
     const Party subject{&fresh, ownerOf(mMatching.mNow, now)};
     compareOwners(before, now, subject);
     forEachDifference(old, fresh, [&](const std::string& name, Difference, Json was, Json is) {
-        add(cKind, subject, name, std::move(was), std::move(is));
+        // Where names were cut says nothing of the bus.
+        if (name != "functions" || !(old.mFunctionsCut || fresh.mFunctionsCut)) {
+            add(cKind, subject, name, std::move(was), std::move(is));
+        }
     });
 }
 
@@ -224,7 +227,7 @@ void Comparison::compareInterfaces()
     }
 }
 
-void compareManagers(const BusState& before, const BusState& now, Traffic traffic, std::vector<Change>& changes)
+void compareManagers(const BusState& before, const BusState& now, Traffic traffic, const ChangeVisitor& visit)
 {
     constexpr auto cKind = ChangeKind::eMemory;
     const std::size_t both = std::min(before.mMemoryManagers.size(), now.mMemoryManagers.size());
@@ -232,27 +235,27 @@ void compareManagers(const BusState& before, const BusState& now, Traffic traffi
         forEachDifference(before.mMemoryManagers[i], now.mMemoryManagers[i],
                           [&](const std::string& name, Difference difference, Json was, Json is) {
                               if (difference == Difference::eAlways || traffic == Traffic::eTold) {
-                                  changes.push_back({.mKind = cKind,
-                                                     .mNumber = i,
-                                                     .mAttribute = name,
-                                                     .mBefore = std::move(was),
-                                                     .mNow = std::move(is)});
+                                  visit({.mKind = cKind,
+                                         .mNumber = i,
+                                         .mAttribute = name,
+                                         .mBefore = std::move(was),
+                                         .mNow = std::move(is)});
                               }
                           });
     }
     for (std::size_t i = both; i < before.mMemoryManagers.size(); ++i) {
-        changes.push_back({.mSign = Sign::eRemoved, .mKind = cKind, .mNumber = i});
+        visit({.mSign = Sign::eRemoved, .mKind = cKind, .mNumber = i});
     }
     for (std::size_t i = both; i < now.mMemoryManagers.size(); ++i) {
-        changes.push_back({.mSign = Sign::eAdded, .mKind = cKind, .mNumber = i});
+        visit({.mSign = Sign::eAdded, .mKind = cKind, .mNumber = i});
     }
 }
 
-void compareMessages(const MessageStorage& before, const MessageStorage& now, std::vector<Change>& changes)
+void compareMessages(const MessageStorage& before, const MessageStorage& now, const ChangeVisitor& visit)
 {
     const auto compare = [&](const char* attribute, std::uint32_t old, std::uint32_t fresh) {
         if (old != fresh) {
-            changes.push_back({.mKind = ChangeKind::eMessages, .mAttribute = attribute, .mBefore = old, .mNow = fresh});
+            visit({.mKind = ChangeKind::eMessages, .mAttribute = attribute, .mBefore = old, .mNow = fresh});
         }
     };
     compare("slots", before.mSize, now.mSize);
@@ -263,21 +266,19 @@ void compareMessages(const MessageStorage& before, const MessageStorage& now, st
 
 } // namespace
 
-std::vector<Change> changesBetween(const BusState& before, const BusState& now, Traffic traffic)
+void forEachChange(const BusState& before, const BusState& now, Traffic traffic, const ChangeVisitor& visit)
 {
-    std::vector<Change> changes;
     const BusIndex indexBefore(before);
     const BusIndex indexNow(now);
     const Matching matching(indexBefore, indexNow);
-    Comparison comparison(matching, changes);
+    Comparison comparison(matching, visit);
     comparison.compareProcesses();
     comparison.compareInterfaces();
-    appendLinkChanges(matching, changes);
-    compareManagers(before, now, traffic, changes);
+    forEachLinkChange(matching, visit);
+    compareManagers(before, now, traffic, visit);
     if (traffic == Traffic::eTold) {
-        compareMessages(before.mMessages, now.mMessages, changes);
+        compareMessages(before.mMessages, now.mMessages, visit);
     }
-    return changes;
 }
 
 } // namespace Inspect

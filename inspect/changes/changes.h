@@ -6,9 +6,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <nlohmann/json.hpp>
 #include <string>
-#include <vector>
 
 // What differs between two states of a bus.
 
@@ -52,6 +52,8 @@ struct Change
     Json mNow = nullptr;      ///< as well
 };
 
+using ChangeVisitor = std::function<void(const Change& change)>;
+
 /// Messages come and go all the time, and so do the blocks that they lie in.
 enum class Traffic : std::uint8_t
 {
@@ -59,12 +61,12 @@ enum class Traffic : std::uint8_t
     eLeftOut
 };
 
-/// Every difference between the states: processes, interfaces, links, memory managers, messages. No id alone
-/// identifies anything: interfaces are the same by name, role, domain and type, and in the same process if there are
-/// several; processes by id while they run, else by application and place, or by what they have registered when the
-/// application is unknown; links by the interfaces at both ends. A value that is unknown in one of the states is no
-/// difference.
-std::vector<Change> changesBetween(const BusState& before, const BusState& now, Traffic traffic = Traffic::eTold);
+/// Calls `visit` with every difference between the states, one by one, as there may be millions: processes, interfaces,
+/// links, memory managers, messages. No id alone identifies anything: interfaces are the same by name, role, domain and
+/// type, and in the same process if there are several; processes by id while they run, else by application and place,
+/// or by what they have registered when the application is unknown; links by the interfaces at both ends. A value that
+/// is unknown in one of the states is no difference.
+void forEachChange(const BusState& before, const BusState& now, Traffic traffic, const ChangeVisitor& visit);
 
 } // namespace Inspect
 

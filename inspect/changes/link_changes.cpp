@@ -7,8 +7,8 @@ namespace Inspect {
 
 namespace {
 
-/// Of an id that no interface in use has: such ids are the same by themselves.
-constexpr std::size_t cIsNobody = std::size_t{1} << 32;
+/// Of an id that no interface in use has: such ids are the same by themselves. More than there can be interfaces.
+constexpr std::size_t cIsNobody = std::size_t{1} << 31;
 
 /// One of the two states.
 struct Side
@@ -54,20 +54,27 @@ bool areIdsTheSame(const Side& one, const Side& other)
     return std::ranges::all_of(one.interfaces(), hasSameClass) && std::ranges::all_of(other.interfaces(), hasSameClass);
 }
 
+/// Small, because one process may have all links that there can be.
 struct Link
 {
-    std::size_t mReceiverClass;
-    std::size_t mHolder; ///< as a place
+    std::uint32_t mReceiverClass;
+    std::uint32_t mHolder; ///< as a place
     std::uint16_t mReceiver;
 };
 
 /// The links from all members of a class, by class of the receiver.
 std::vector<Link> linksFrom(const Side& side, std::size_t holderClass)
 {
+    std::size_t count = 0;
+    for (const std::size_t holder : side.mMembers[holderClass]) {
+        count += side.interfaces()[holder].mReceivers.size();
+    }
     std::vector<Link> links;
+    links.reserve(count);
     for (const std::size_t holder : side.mMembers[holderClass]) {
         for (const std::uint16_t receiver : side.interfaces()[holder].mReceivers) {
-            links.push_back({side.classOf(receiver), holder, receiver});
+            links.push_back(
+                {static_cast<std::uint32_t>(side.classOf(receiver)), static_cast<std::uint32_t>(holder), receiver});
         }
     }
     std::ranges::stable_sort(links, {}, &Link::mReceiverClass);
@@ -83,7 +90,7 @@ Change changeOf(Sign sign, const Side& side, const Link& link)
             .mNumber = link.mReceiver};
 }
 
-void compareLinksFrom(std::size_t holderClass, const Side& before, const Side& now, std::vector<Change>& changes)
+void compareLinksFrom(std::size_t holderClass, const Side& before, const Side& now, const ChangeVisitor& visit)
 {
     const std::vector<Link> old = linksFrom(before, holderClass);
     const std::vector<Link> fresh = linksFrom(now, holderClass);
@@ -91,9 +98,9 @@ void compareLinksFrom(std::size_t holderClass, const Side& before, const Side& n
     auto added = fresh.begin();
     while (removed != old.end() || added != fresh.end()) {
         if (added == fresh.end() || (removed != old.end() && removed->mReceiverClass < added->mReceiverClass)) {
-            changes.push_back(changeOf(Sign::eRemoved, before, *removed++));
+            visit(changeOf(Sign::eRemoved, before, *removed++));
         } else if (removed == old.end() || added->mReceiverClass < removed->mReceiverClass) {
-            changes.push_back(changeOf(Sign::eAdded, now, *added++));
+            visit(changeOf(Sign::eAdded, now, *added++));
         } else {
             ++removed;
             ++added;
@@ -103,7 +110,7 @@ void compareLinksFrom(std::size_t holderClass, const Side& before, const Side& n
 
 } // namespace
 
-void appendLinkChanges(const Matching& matching, std::vector<Change>& changes)
+void forEachLinkChange(const Matching& matching, const ChangeVisitor& visit)
 {
     const std::size_t count = matching.mClassCount;
     const Side before(matching.mBefore, matching.mClassesBefore, count);
@@ -116,7 +123,7 @@ void appendLinkChanges(const Matching& matching, std::vector<Change>& changes)
                    before.interfaces()[members[0]].mReceivers == now.interfaces()[now.mMembers[i][0]].mReceivers;
         };
         if (!areSameIds || !isSame()) {
-            compareLinksFrom(i, before, now, changes);
+            compareLinksFrom(i, before, now, visit);
         }
     }
 }

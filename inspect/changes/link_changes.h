@@ -7,7 +7,7 @@
 namespace Inspect {
 
 /// Links are the same when both ends are of the same classes, whatever their ids are.
-void appendLinkChanges(const Matching& matching, std::vector<Change>& changes);
+void forEachLinkChange(const Matching& matching, const ChangeVisitor& visit);
 
 } // namespace Inspect
 

@@ -137,8 +137,12 @@ Json toJson(const Communicator* owner)
 
 Json toJson(const Party& party)
 {
-    Json json = toJson(*party.mInterface);
-    for (const char* const notToldHere : {"communicator", "function_storage", "functions", "receivers"}) {
+    Interface interface = *party.mInterface;
+    interface.mFunctions.reset(); // There may be thousands, and a million links.
+    interface.mReceivers = IdSet();
+    Json json = toJson(interface);
+    for (const char* const notToldHere :
+         {"communicator", "function_storage", "functions", "functions_cut", "receivers"}) {
         json.erase(notToldHere);
     }
     json["owner"] = toJson(party.mOwner);

@@ -13,20 +13,6 @@ namespace Inspect {
 
 namespace {
 
-void writeText(std::ostream& out, const std::vector<Change>& changes, const DiffOptions& options)
-{
-    LineLimit limit(options.mIsWhole);
-    for (const Change& change : changes) {
-        if (limit.admits(kindWord(change.mKind))) {
-            const std::string line = lineOf(change);
-            out << (options.mChanges.mColors ? colored(line) : line) << '\n';
-        }
-    }
-    for (const std::string& remark : limit.remarks()) {
-        out << "# " << remark << '\n';
-    }
-}
-
 /// The first line, where the machine may be what differs rather than the bus.
 void writeHosts(std::ostream& out, const BusState& before, const BusState& now)
 {
@@ -40,16 +26,27 @@ Json whereAndWhen(const BusState& state)
     return {{"channel", nameToJson(state.mChannel)}, {"taken_at", utcText(state.mTakenAt)}};
 }
 
-void writeJson(std::ostream& out, const BusState& before, const BusState& now, const std::vector<Change>& changes)
+/// Writes the changes that are not ignored, each when it is found. Returns whether there are any.
+bool writeChanges(std::ostream& out, const BusState& before, const BusState& now, const DiffOptions& options)
 {
-    out << "{\"schema\":" << jsonText(cDiffSchema) << ",\n\"before\":" << jsonText(whereAndWhen(before))
-        << ",\n\"now\":" << jsonText(whereAndWhen(now)) << ",\n\"changes\":[";
-    const char* separator = "\n";
-    for (const Change& change : changes) {
-        out << separator << jsonText(toJson(change));
-        separator = ",\n";
+    bool isAny = false;
+    LineLimit limit(options.mIsWhole);
+    forEachChange(before, now, Traffic::eTold, [&](const Change& change) {
+        if (options.mChanges.isIgnored(change)) {
+            return;
+        }
+        if (options.mChanges.mJson) {
+            out << (isAny ? ",\n" : "\n") << jsonText(toJson(change));
+        } else if (limit.admits(kindWord(change.mKind))) {
+            const std::string line = lineOf(change);
+            out << (options.mChanges.mColors ? colored(line) : line) << '\n';
+        }
+        isAny = true;
+    });
+    for (const std::string& remark : limit.remarks()) {
+        out << "# " << remark << '\n';
     }
-    out << "\n]}\n";
+    return isAny;
 }
 
 void addFile(CLI::App& part, const char* name, std::string& file, const char* meaning)
@@ -82,25 +79,21 @@ Run addDiffOptions(CLI::App& part)
 
 } // namespace
 
-void dropIgnored(std::vector<Change>& changes, const ChangeOptions& options)
-{
-    std::erase_if(changes,
-                  [&](const Change& change) { return options.mIsIgnored.at(static_cast<std::size_t>(change.mKind)); });
-}
-
 ExitStatus runDiff(const DiffOptions& options, std::ostream& out)
 {
     const BusState before = readSource({.mChannel = {}, .mFrom = options.mBefore}, Wanted::everything());
     const BusState now = readSource({.mChannel = options.mChannel, .mFrom = options.mNow}, Wanted::everything());
-    std::vector<Change> changes = changesBetween(before, now);
-    dropIgnored(changes, options.mChanges);
+    bool isAny = false;
     if (options.mChanges.mJson) {
-        writeJson(out, before, now, changes);
+        out << "{\"schema\":" << jsonText(cDiffSchema) << ",\n\"before\":" << jsonText(whereAndWhen(before))
+            << ",\n\"now\":" << jsonText(whereAndWhen(now)) << ",\n\"changes\":[";
+        isAny = writeChanges(out, before, now, options);
+        out << "\n]}\n";
     } else {
         writeHosts(out, before, now);
-        writeText(out, changes, options);
+        isAny = writeChanges(out, before, now, options);
     }
-    return changes.empty() ? eExitYes : eExitNo;
+    return isAny ? eExitNo : eExitYes;
 }
 
 void addChangeOptions(CLI::App& part, ChangeOptions& options, const char* jsonMeaning)

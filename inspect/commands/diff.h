@@ -20,12 +20,12 @@ struct ChangeOptions
     std::array<bool, cChangeKinds> mIsIgnored{}; ///< by ChangeKind
     bool mColors = false;
     bool mJson = false;
+
+    bool isIgnored(const Change& change) const { return mIsIgnored.at(static_cast<std::size_t>(change.mKind)); }
 };
 
 /// --ignore, --color and --json.
 void addChangeOptions(CLI::App& part, ChangeOptions& options, const char* jsonMeaning);
-
-void dropIgnored(std::vector<Change>& changes, const ChangeOptions& options);
 
 struct DiffOptions
 {

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <charconv>
 #include <memory>
+#include <utility>
 
 namespace Inspect {
 
@@ -54,28 +55,38 @@ Json ownerJson(const BusIndex& index, const Interface& interface)
 /// The other side of a connection: who it is, and whose.
 Json otherSide(const BusIndex& index, const Interface& interface)
 {
-    Json json = toJson(interface);
-    json.erase("functions");
-    json.erase("receivers");
+    Interface plain = interface;
+    plain.mFunctions.reset(); // There may be thousands.
+    plain.mReceivers = IdSet();
+    Json json = toJson(plain);
+    for (const char* const notShownHere : {"functions", "functions_cut", "receivers"}) {
+        json.erase(notShownHere);
+    }
     json["owner"] = ownerJson(index, interface);
     return json;
 }
 
-Json wholeJson(const BusIndex& index, const Interface& interface)
+/// The other sides are many where all interfaces of a damaged bus have one id: each is written when it is made.
+void writeWhole(std::ostream& out, const BusIndex& index, const Interface& interface)
 {
     Json json = toJson(interface);
     json["owner"] = ownerJson(index, interface);
-    Json& providers = json["providers"] = Json::array();
+    std::string own = jsonText(json);
+    own.pop_back(); // The closing brace.
+    const char* separator = "";
+    const auto add = [&](const Interface& other) {
+        out << std::exchange(separator, ",") << jsonText(otherSide(index, other));
+    };
+    out << own << ",\"providers\":[";
     for (const Interface* const holder : index.holdersOf(interface.mId)) {
-        providers.push_back(otherSide(index, *holder));
+        add(*holder);
     }
-    Json& users = json["users"] = Json::array();
+    out << "],\"users\":[";
+    separator = "";
     for (const std::uint16_t id : interface.mReceivers) {
-        for (const Interface& user : index.interfacesWithId(id)) {
-            users.push_back(otherSide(index, user));
-        }
+        std::ranges::for_each(index.interfacesWithId(id), add);
     }
-    return json;
+    out << "]}";
 }
 
 Run addShowOptions(CLI::App& part)
@@ -92,7 +103,7 @@ void writeJson(std::ostream& out, const std::vector<const Interface*>& interface
 {
     JsonRows rows(out, cListSchema, "interfaces");
     for (const Interface* const interface : interfaces) {
-        rows.add(wholeJson(index, *interface));
+        writeWhole(rows.begin(), index, *interface);
     }
     rows.end();
 }

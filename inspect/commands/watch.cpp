@@ -203,11 +203,11 @@ void Watch::printPresence(const BusState& now)
 
 void Watch::printChanges(const BusState& before, const BusState& now)
 {
-    std::vector<Change> changes = changesBetween(before, now, Traffic::eLeftOut);
-    dropIgnored(changes, mOptions.mChanges);
-    for (const Change& change : changes) {
-        mPrinter.print(now.mTakenAt, change);
-    }
+    forEachChange(before, now, Traffic::eLeftOut, [&](const Change& change) {
+        if (!mOptions.mChanges.isIgnored(change)) {
+            mPrinter.print(now.mTakenAt, change);
+        }
+    });
 }
 
 bool Watch::printFindings()

@@ -14,7 +14,8 @@ void find(const Looks& looks, Report& report)
 {
     std::map<Key, const Interface*> firsts;
     for (const Interface& interface : looks.mNow.state().mInterfaces) {
-        if (interface.mType != Oxa::eInterfaceInstanceTypeSkeleton || !interface.mFunctions) {
+        if (interface.mType != Oxa::eInterfaceInstanceTypeSkeleton || !interface.mFunctions ||
+            interface.mFunctionsCut) {
             continue;
         }
         const Oxa::Version& version = interface.mVersion;

@@ -10,14 +10,17 @@ namespace Inspect {
 
 namespace {
 
+/// Of all interfaces together, as each one's are written: all of a channel, with 256 functions each.
+constexpr std::size_t cMostFunctionNames = Channel::cTableSize * 256;
+constexpr std::size_t cMostFunctionNameBytes = cMostFunctionNames * 32;
+
 /// As many as a range location can name: a damaged count says nothing.
 constexpr std::uint32_t cMostMemoryManagers = 1U << 16;
 
 IdSet idsIn(const oxa_zunic_receiver_bitfield_struct& receivers)
 {
     IdSet ids;
-    ids.reserve(Channel::countReceivers(receivers));
-    Channel::forEachReceiver(receivers, [&](std::uint16_t id) { ids.push_back(id); });
+    Channel::forEachReceiver(receivers, [&](std::uint16_t id) { ids.append(id); });
     return ids;
 }
 
@@ -63,6 +66,85 @@ Slot readSlot(const Channel::MessageSlots& slots, Channel::DataChains& chains, s
     }
     return slot;
 }
+
+/// Reads each function storage once, and no more names than the limits allow.
+class FunctionReader
+{
+public:
+    explicit FunctionReader(oxa_zunic_memory_dispatcher_struct* dispatcher) : mDispatcher(dispatcher) {}
+
+    /// The names that an interface has already.
+    void keep(const Interface& interface)
+    {
+        if (!interface.mFunctionsCut) {
+            mRead.try_emplace(keyOf(interface), interface.mFunctions, false);
+        }
+        take(*interface.mFunctions);
+    }
+
+    void read(Interface& interface)
+    {
+        const auto [entry, isNew] = mRead.try_emplace(keyOf(interface));
+        auto& [names, isCut] = entry->second;
+        if (isNew) {
+            std::tie(names, isCut) = readStorage(interface.mFunctionStorage);
+        } else if (names && !isRoomFor(*names)) {
+            names.reset();
+            isCut = true;
+        }
+        interface.mFunctions = names;
+        interface.mFunctionsCut = isCut;
+        if (names) {
+            take(*names);
+        }
+    }
+
+private:
+    using Key = std::pair<std::uint16_t, std::uint16_t>;
+    using Names = std::pair<std::optional<FunctionNames>, bool>; ///< and whether there are more
+
+    static Key keyOf(const Interface& interface)
+    {
+        return {interface.mFunctionStorage.mMemoryManagerIndex, interface.mFunctionStorage.mRangeIndex};
+    }
+
+    bool isRoomFor(const FunctionNames& names) const
+    {
+        return names.size() <= mNamesLeft && names.bytes() <= mBytesLeft;
+    }
+
+    void take(const FunctionNames& names)
+    {
+        mNamesLeft -= std::min(names.size(), mNamesLeft);
+        mBytesLeft -= std::min(names.bytes(), mBytesLeft);
+    }
+
+    Names readStorage(const OxaZunic::OxaZunicRangeLocation& location) const
+    {
+        std::vector<std::string_view> found;
+        if (Channel::readFunctionNames(mDispatcher, location, found) != 0) {
+            return {};
+        }
+        std::size_t count = 0;
+        for (std::size_t bytes = 0; count < std::min(found.size(), mNamesLeft); ++count) {
+            bytes += found[count].size();
+            if (bytes > mBytesLeft) {
+                break;
+            }
+        }
+        const bool isCut = count < found.size();
+        if (isCut && count == 0) {
+            return {std::nullopt, true};
+        }
+        found.resize(count);
+        return {FunctionNames::made([&](const auto& add) { std::ranges::for_each(found, add); }), isCut};
+    }
+
+    oxa_zunic_memory_dispatcher_struct* mDispatcher;
+    std::size_t mNamesLeft = cMostFunctionNames;
+    std::size_t mBytesLeft = cMostFunctionNameBytes;
+    std::map<Key, Names> mRead;
+};
 
 /// Whose the interface is, as a process id; 0: nobody's.
 std::uint32_t ownerOf(const Interface& interface, const std::map<std::uint16_t, std::uint32_t>& owners)
@@ -121,21 +203,15 @@ void keepFunctions(const BusState& before, BusState& now)
 
 void readFunctions(oxa_zunic_communication_channel* channel, std::vector<Interface>& interfaces)
 {
-    std::size_t bytesLeft = Channel::cMostFunctionNameBytes;
-    for (Interface& interface : interfaces) {
-        std::vector<std::string_view> names;
-        if (bytesLeft == 0 || interface.mFunctions ||
-            Channel::readFunctionNames(Channel::memoryDispatcher(channel), interface.mFunctionStorage, names) != 0) {
-            continue;
+    FunctionReader reader(Channel::memoryDispatcher(channel));
+    for (const Interface& interface : interfaces) {
+        if (interface.mFunctions) {
+            reader.keep(interface);
         }
-        interface.mFunctions.emplace();
-        for (const std::string_view name : names) {
-            if (name.size() >= bytesLeft) {
-                bytesLeft = 0;
-                break;
-            }
-            bytesLeft -= name.size();
-            interface.mFunctions->emplace_back(name);
+    }
+    for (Interface& interface : interfaces) {
+        if (!interface.mFunctions) {
+            reader.read(interface);
         }
     }
 }

@@ -17,7 +17,8 @@ void decodeTables(const Channel::RegistryTables& tables, BusState& state);
 /// storage may be another interface's in the meantime.
 void keepFunctions(const BusState& before, BusState& now);
 
-/// Fills in the functions of those interfaces that have none yet.
+/// Fills in the functions of those interfaces that have none yet. Names beyond 262,144 of all interfaces, or 8 MiB, are
+/// left out.
 void readFunctions(oxa_zunic_communication_channel* channel, std::vector<Interface>& interfaces);
 
 void readMemoryManagers(oxa_zunic_communication_channel* channel, std::vector<Channel::MemoryManagerFigures>& figures);

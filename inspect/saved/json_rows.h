@@ -6,6 +6,7 @@
 
 #include <nlohmann/json.hpp>
 #include <ostream>
+#include <utility>
 
 namespace Inspect {
 
@@ -20,11 +21,10 @@ public:
         mOut << "{\"schema\":" << jsonText(schema) << ",\"" << what << "\":[";
     }
 
-    void add(const Json& row)
-    {
-        mOut << mSeparator << jsonText(row);
-        mSeparator = ",\n";
-    }
+    void add(const Json& row) { begin() << jsonText(row); }
+
+    /// For a row that is too large to be made as a whole: it is to be written to the stream.
+    std::ostream& begin() { return mOut << std::exchange(mSeparator, ",\n"); }
 
     /// To be called once, after the last row.
     void end() { mOut << "\n]}\n"; }

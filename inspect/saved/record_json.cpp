@@ -80,7 +80,7 @@ void readValue(const JsonPlace& place, Words /*none*/, std::string& name)
     name = place.name();
 }
 
-Json valueToJson(const std::vector<std::string>& names, Words /*none*/)
+Json valueToJson(const FunctionNames& names, Words /*none*/)
 {
     Json json = Json::array();
     for (const std::string& name : names) {
@@ -89,24 +89,31 @@ Json valueToJson(const std::vector<std::string>& names, Words /*none*/)
     return json;
 }
 
-void readValue(const JsonPlace& place, Words /*none*/, std::vector<std::string>& names)
+void readValue(const JsonPlace& place, Words /*none*/, FunctionNames& names)
 {
-    place.forEach([&](const JsonPlace& name) { names.push_back(name.name()); });
+    names =
+        FunctionNames::made([&](const auto& add) { place.forEach([&](const JsonPlace& name) { add(name.name()); }); });
 }
 
 Json valueToJson(const IdSet& ids, Words /*none*/)
 {
-    return ids;
+    Json json = Json::array();
+    for (const std::uint16_t id : ids) {
+        json.push_back(id);
+    }
+    return json;
 }
 
 void readValue(const JsonPlace& place, Words /*none*/, IdSet& ids)
 {
-    ids.reserve(place.value().size());
+    std::optional<std::uint16_t> last;
     place.forEach([&](const JsonPlace& id) {
-        ids.push_back(id.number<std::uint16_t>());
-        if (ids.size() > 1 && ids.back() <= ids[ids.size() - 2]) {
+        const auto number = id.number<std::uint16_t>();
+        if (last && number <= *last) {
             id.expected("ids in ascending order, each once");
         }
+        ids.append(number);
+        last = number;
     });
 }
 

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdio>
+#include <functional>
 
 namespace Inspect {
 
@@ -65,9 +66,9 @@ Cell livingCell(Living living)
     return {livingWord(living), living == Living::eNo ? cBadColor : nullptr};
 }
 
-Cell idsCell(const IdSet& ids, ListLength length)
+Cell idsCell(const std::vector<std::uint16_t>& ids, ListLength length)
 {
-    return listCell(ids, length, [](std::uint16_t id) { return id; });
+    return listCell(ids, length, std::identity());
 }
 
 Cell freeBlocksCell(const Channel::MemoryManagerFigures& figures)
@@ -139,7 +140,7 @@ Cell cellOf(Channel::SlotState state, Words /*its own*/, ListLength /*none*/)
 
 Cell cellOf(const IdSet& ids, Words /*none*/, ListLength length)
 {
-    return idsCell(ids, length);
+    return listCell(ids, length, std::identity());
 }
 
 Cell cellOf(const Channel::DataChain& chain, Words /*none*/, ListLength length)

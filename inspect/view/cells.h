@@ -28,7 +28,7 @@ void appendListed(std::string& text, std::uint64_t number);
 Cell numberCell(std::uint64_t number);
 Cell stateCell(std::uint32_t state);
 Cell livingCell(Living living);
-Cell idsCell(const IdSet& ids, ListLength length);
+Cell idsCell(const std::vector<std::uint16_t>& ids, ListLength length);
 Cell freeBlocksCell(const Channel::MemoryManagerFigures& figures);
 Cell usedShareCell(const Channel::MemoryManagerFigures& figures);
 /// What ends the chain before its time, and at which slot.

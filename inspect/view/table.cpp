@@ -45,27 +45,6 @@ int flagsOf(ColumnKind kind)
     return SCOLS_FL_TRUNC | SCOLS_FL_WRAP; // Wrapped by the functions below: that is, never.
 }
 
-/// How many columns are aligned.
-std::size_t alignedOf(const std::vector<Heading>& headings, const TableStyle& style)
-{
-    const auto end = style.mIsWhole ? std::ranges::find(headings, ColumnKind::eList, &Heading::mKind) : headings.end();
-    return static_cast<std::size_t>(end - headings.begin());
-}
-
-/// The texts from that place on, with a blank between them.
-template <typename List, typename TextOf>
-std::string joined(const List& list, std::size_t begin, TextOf textOf)
-{
-    std::string text;
-    for (std::size_t place = begin; place < list.size(); ++place) {
-        if (place != begin) {
-            text += ' ';
-        }
-        text += textOf(list[place]);
-    }
-    return text;
-}
-
 /// In columns of the terminal. The library would look up each character, which is most of the time of a long list.
 std::size_t widthOf(const libscols_column*, const char* text, void*)
 {
@@ -105,8 +84,7 @@ void Table::Release::operator()(libscols_table* table) const
     scols_unref_table(table);
 }
 
-Table::Table(const std::vector<Heading>& headings, const TableStyle& style)
-    : mTable(checked(scols_new_table())), mAligned(alignedOf(headings, style))
+Table::Table(const std::vector<Heading>& headings, const TableStyle& style) : mTable(checked(scols_new_table()))
 {
     // Cells are printable when they get there.
     check(scols_table_enable_noencoding(mTable.get(), 1));
@@ -117,29 +95,18 @@ Table::Table(const std::vector<Heading>& headings, const TableStyle& style)
     if (style.mIsWhole) {
         check(scols_table_set_termforce(mTable.get(), SCOLS_TERMFORCE_NEVER));
     }
-    for (std::size_t column = 0; column < mAligned; ++column) {
-        addColumn(headings[column].mName, headings[column].mKind);
+    for (const Heading& heading : headings) {
+        libscols_column* const column =
+            checked(scols_table_new_column(mTable.get(), heading.mName, 0, flagsOf(heading.mKind)));
+        check(scols_column_set_wrapfunc(column, widthOf, nextPart, nullptr));
     }
-    if (mAligned < headings.size()) {
-        const auto nameOf = [](const Heading& heading) { return std::string(heading.mName); };
-        addColumn(joined(headings, mAligned, nameOf).c_str(), ColumnKind::eText);
-    }
-}
-
-void Table::addColumn(const char* name, ColumnKind kind)
-{
-    libscols_column* const column = checked(scols_table_new_column(mTable.get(), name, 0, flagsOf(kind)));
-    check(scols_column_set_wrapfunc(column, widthOf, nextPart, nullptr));
 }
 
 Table::Line Table::addLine(const std::vector<Cell>& cells)
 {
     const Line line = checked(scols_table_new_line(mTable.get(), nullptr));
-    for (std::size_t column = 0; column < mAligned; ++column) {
+    for (std::size_t column = 0; column < cells.size(); ++column) {
         fill(line, column, cells[column], shownText(cells[column]));
-    }
-    if (mAligned < cells.size()) {
-        fill(line, mAligned, {}, joined(cells, mAligned, shownText));
     }
     return line;
 }

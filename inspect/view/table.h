@@ -48,8 +48,7 @@ struct TableStyle
     bool mIsWhole = false; ///< nothing is shortened: no list, and no line where the terminal ends
 };
 
-/// A table or tree for reading. Lines are cut to the width of the terminal when standard output is one. In a whole one,
-/// columns are aligned up to the first one of lists: one long list would widen every line.
+/// A table or tree for reading. Lines are cut to the width of the terminal when standard output is one.
 class Table
 {
 public:
@@ -71,11 +70,9 @@ private:
         void operator()(libscols_table* table) const;
     };
 
-    void addColumn(const char* name, ColumnKind kind);
     void fill(Line line, std::size_t column, const Cell& cell, const std::string& text);
 
     std::unique_ptr<libscols_table, Release> mTable;
-    std::size_t mAligned; ///< columns; the others follow as one text
 };
 
 } // namespace Inspect

@@ -29,10 +29,17 @@ inline std::string identity(const Interface& interface)
     return interface.mName + "/" + interface.mRole + "/" + interface.mDomain + "/" + typeWord(interface.mType);
 }
 
+inline std::vector<Change> changesBetween(const BusState& before, const BusState& now, Traffic traffic = Traffic::eTold)
+{
+    std::vector<Change> changes;
+    forEachChange(before, now, traffic, [&](const Change& change) { changes.push_back(change); });
+    return changes;
+}
+
 inline std::string functionsText(const Interface& interface)
 {
     Json names = Json::array();
-    for (const std::string& name : interface.mFunctions.value_or(std::vector<std::string>())) {
+    for (const std::string& name : interface.mFunctions.value_or(FunctionNames())) {
         names.push_back(nameToJson(name));
     }
     return names.dump();

@@ -94,7 +94,7 @@ ExitStatus runList(const ListKind& kind, const ListOptions& options, std::ostrea
     if (options.mJson) {
         writeJson(out, kind, rows);
     } else if (!rows.empty()) {
-        out << listTable(kind, rows, places, options.mStyle);
+        writeTable(out, kind, rows, places, options.mStyle);
     }
     if (rows.empty()) {
         complain(std::string("no matching ") + kind.mOne);

@@ -5,7 +5,9 @@
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
+#include <sstream>
 #include <unordered_map>
+#include <utility>
 
 namespace Inspect {
 
@@ -140,9 +142,9 @@ std::size_t countUsed(const ListRow& row)
     return countRegistered(row, Oxa::eInterfaceInstanceTypeStub);
 }
 
-IdSet communicatorIds(const ListRow& row)
+std::vector<std::uint16_t> communicatorIds(const ListRow& row)
 {
-    IdSet ids;
+    std::vector<std::uint16_t> ids;
     for (const Communicator* const communicator : row.record<BusProcess>()->mCommunicators) {
         ids.push_back(communicator->mId);
     }
@@ -227,6 +229,27 @@ Json recordJson(const ListRow& row)
     return toJson(*row.record<Record>());
 }
 
+/// A table of these columns.
+std::string alignedText(const ListKind& kind, const std::vector<ListRow>& rows, const std::vector<std::size_t>& places,
+                        const TableStyle& style)
+{
+    std::vector<Heading> headings;
+    headings.reserve(places.size());
+    for (const std::size_t place : places) {
+        headings.push_back({kind.mColumns[place].mName, kind.mColumns[place].mKind});
+    }
+    Table table(headings, style);
+    for (const ListRow& row : rows) {
+        std::vector<Cell> cells;
+        cells.reserve(places.size());
+        for (const std::size_t place : places) {
+            cells.push_back(kind.mColumns[place].mCell(row, ListLength::eShort));
+        }
+        table.addLine(cells);
+    }
+    return table.text();
+}
+
 } // namespace
 
 const ListKind cInterfaceList{
@@ -248,31 +271,41 @@ const ListKind cMessageList{
     "messages", "message slot", Filters::eNone, {.mMessages = true}, {}, cMessageColumns, messageRows, recordJson<Slot>,
 };
 
-std::string listTable(const ListKind& kind, const std::vector<ListRow>& rows, const std::vector<std::size_t>& places,
-                      const TableStyle& style)
+void writeTable(std::ostream& out, const ListKind& kind, const std::vector<ListRow>& rows,
+                const std::vector<std::size_t>& places, const TableStyle& style)
 {
-    std::vector<Heading> headings;
-    headings.reserve(places.size());
-    for (const std::size_t place : places) {
-        headings.push_back({kind.mColumns[place].mName, kind.mColumns[place].mKind});
+    const auto isList = [&](std::size_t place) { return kind.mColumns[place].mKind == ColumnKind::eList; };
+    const auto firstLoose = style.mIsWhole ? std::ranges::find_if(places, isList) : places.end();
+    const std::vector<std::size_t> aligned(places.begin(), firstLoose);
+    const std::vector<std::size_t> loose(firstLoose, places.end());
+    const std::string text = aligned.empty() ? "" : alignedText(kind, rows, aligned, style);
+    if (loose.empty()) {
+        out << text;
+        return;
     }
-    Table table(headings, style);
-    const ListLength length = style.mIsWhole ? ListLength::eWhole : ListLength::eShort;
-    for (const ListRow& row : rows) {
-        std::vector<Cell> cells;
-        cells.reserve(places.size());
-        for (const std::size_t place : places) {
-            cells.push_back(kind.mColumns[place].mCell(row, length));
+    std::istringstream lines(text);
+    const auto writeLine = [&](auto textOf) {
+        std::string line;
+        std::getline(lines, line);
+        out << line;
+        const char* separator = aligned.empty() ? "" : " ";
+        for (const std::size_t place : loose) {
+            out << std::exchange(separator, " ") << textOf(kind.mColumns[place]);
         }
-        table.addLine(cells);
+        out << '\n';
+    };
+    if (style.mHeadings) {
+        writeLine([](const Column& column) { return std::string(column.mName); });
     }
-    return table.text();
+    for (const ListRow& row : rows) {
+        writeLine([&](const Column& column) { return shownText(column.mCell(row, ListLength::eWhole)); });
+    }
 }
 
 std::string listTable(const ListKind& kind, const BusIndex& index, const InterfaceFilter& filter)
 {
     const std::vector<ListRow> rows = kind.mRows(index, filter);
-    return rows.empty() ? "" : listTable(kind, rows, chooseColumns(kind.mColumns, ""), {});
+    return rows.empty() ? "" : alignedText(kind, rows, chooseColumns(kind.mColumns, ""), {});
 }
 
 } // namespace Inspect

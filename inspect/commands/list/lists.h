@@ -7,6 +7,7 @@
 #include "inspect/saved/record_json.h"
 
 #include <cstdint>
+#include <ostream>
 #include <span>
 #include <string>
 #include <tuple>
@@ -60,9 +61,10 @@ extern const ListKind cProcessList;
 extern const ListKind cMemoryList;
 extern const ListKind cMessageList;
 
-/// As text, with the columns at these places.
-std::string listTable(const ListKind& kind, const std::vector<ListRow>& rows, const std::vector<std::size_t>& places,
-                      const TableStyle& style);
+/// Writes a table of the columns at these places. In a whole one, columns are aligned up to the first one of lists: one
+/// long list would widen every line.
+void writeTable(std::ostream& out, const ListKind& kind, const std::vector<ListRow>& rows,
+                const std::vector<std::size_t>& places, const TableStyle& style);
 /// As text, with the columns that are shown always; nothing when nothing fits.
 std::string listTable(const ListKind& kind, const BusIndex& index, const InterfaceFilter& filter);
 

@@ -42,7 +42,9 @@ Run addPageOptions(CLI::App& part)
 
 void writePage(std::ostream& out, const BusState& state, const std::vector<Finding>& findings)
 {
-    out << cPageBeforeData << pageData(state, findings) << cPageAfterData;
+    out << cPageBeforeData;
+    writePageData(out, state, findings);
+    out << cPageAfterData;
 }
 
 const Command cPageCommand{"page", "Write an HTML page to search and browse a state",

@@ -25,7 +25,8 @@ class ReceiverSets
 public:
     std::size_t placeOf(const IdSet& ids)
     {
-        const std::string_view bytes(reinterpret_cast<const char*>(ids.data()), ids.size() * sizeof(IdSet::value_type));
+        const auto key = std::as_bytes(ids.key());
+        const std::string_view bytes(reinterpret_cast<const char*>(key.data()), key.size());
         const auto [entry, isNew] = mPlaces.try_emplace(bytes, mSets.size());
         if (isNew) {
             mSets.push_back(&ids);
@@ -50,15 +51,17 @@ public:
     }
 
 private:
-    std::unordered_map<std::string_view, std::size_t> mPlaces; ///< by the bytes of the ids
+    std::unordered_map<std::string_view, std::size_t> mPlaces; ///< by the bytes of their keys
     std::vector<const IdSet*> mSets;
 };
 
-/// Makes the text without a tree of values in memory: there may be sixty thousand slots.
+/// Writes the text as it is made: there may be sixty thousand slots.
 class Writer
 {
 public:
-    std::string write(const BusState& state, const std::vector<Finding>& findings)
+    explicit Writer(std::ostream& out) : mOut(out) {}
+
+    void write(const BusState& state, const std::vector<Finding>& findings)
     {
         std::vector<Process> processes;
         processes.reserve(state.mCommunicators.size());
@@ -79,7 +82,7 @@ public:
             key("findings");
             array(findings, [](const Finding& finding) { return toJson(finding); });
         });
-        return std::move(mText);
+        mOut << mText;
     }
 
 private:
@@ -144,6 +147,17 @@ private:
         array(values, std::identity());
     }
 
+    void value(const FunctionNames& names) { array(names, std::identity()); }
+
+    void flush()
+    {
+        constexpr std::size_t cEnough = 65'536;
+        if (mText.size() >= cEnough) {
+            mOut << mText;
+            mText.clear();
+        }
+    }
+
     /// `valueOf` each record.
     template <typename Records, typename ValueOf>
     void array(const Records& records, ValueOf valueOf)
@@ -151,6 +165,7 @@ private:
         mText += '[';
         const char* separator = "";
         for (const auto& record : records) {
+            flush();
             mText += separator;
             value(std::invoke(valueOf, record));
             separator = ",";
@@ -237,15 +252,16 @@ private:
         });
     }
 
+    std::ostream& mOut;
     ReceiverSets mSets;
-    std::string mText;
+    std::string mText; ///< that is not written yet
 };
 
 } // namespace
 
-std::string pageData(const BusState& state, const std::vector<Finding>& findings)
+void writePageData(std::ostream& out, const BusState& state, const std::vector<Finding>& findings)
 {
-    return Writer().write(state, findings);
+    Writer(out).write(state, findings);
 }
 
 } // namespace Inspect

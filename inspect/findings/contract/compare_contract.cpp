@@ -2,6 +2,7 @@
 
 #include "inspect/bus/words.h"
 #include "inspect/findings/rule.h"
+#include "inspect/saved/no_state.h"
 
 #include <array>
 #include <fnmatch.h>
@@ -85,6 +86,10 @@ private:
 
     void add(const FindingKind& kind, Subject subject, std::string evidence, Severity severity = Severity::eError)
     {
+        // A contract that expects the same thousands of times would need memory for each of its interfaces as often.
+        if (mFindings.size() == cMostExpectations) {
+            throw NoState("contract: more than " + std::to_string(cMostExpectations) + " findings");
+        }
         mFindings.push_back({&kind, severity, std::move(subject), std::move(evidence)});
     }
 

@@ -10,7 +10,7 @@
 
 namespace Inspect {
 
-/// What of the contract is not kept, in its order.
+/// What of the contract is not kept, in its order. Throws NoState when that is more than cMostExpectations.
 std::vector<Finding> compareWithContract(const Contract& contract, const BusIndex& index);
 
 /// The kinds of these findings.

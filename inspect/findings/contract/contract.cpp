@@ -88,7 +88,11 @@ Contract readContract(std::istream& in)
             schema.expected("the schema \"" + std::string(cContractSchema) + "\"");
         }
         requireKnownMembers(document, {"$schema", "schema", "interfaces"});
-        document["interfaces"].forEach([&](const JsonPlace& place) { contract.push_back(readExpectation(place)); });
+        const JsonPlace interfaces = document["interfaces"];
+        if (interfaces.value().size() > cMostExpectations) {
+            interfaces.fail("more than " + std::to_string(cMostExpectations) + " interfaces");
+        }
+        interfaces.forEach([&](const JsonPlace& place) { contract.push_back(readExpectation(place)); });
     });
     return contract;
 }

@@ -12,6 +12,9 @@
 
 namespace Inspect {
 
+/// Sixteen for each interface that a bus can have.
+constexpr std::size_t cMostExpectations = 16'384;
+
 constexpr auto cContractSchema = "zunic-bus-contract/1";
 
 /// What is expected of the registered interfaces of one name, domain and type.

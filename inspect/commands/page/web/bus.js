@@ -103,7 +103,7 @@ const absentById = new Map();
 
 class Interface {
   constructor(place, record) {
-    const { id, type, version, state, communicator, functions } = record;
+    const { id, type, version, state, communicator, functions, functions_cut: functionsCut } = record;
     Object.assign(this, { kind: 'interface', place, id, type, version, state });
     // Ids are unique unless the bus is damaged: the second interface of an id gets a key of its own.
     const same = withId(id).length;
@@ -113,6 +113,7 @@ class Interface {
     this.domain = shown(record.domain);
     this.storage = record.function_storage.join('/');
     this.functions = functions && functions.map(shown);
+    this.functionsAreCut = functionsCut === 1;
     this.receivers = sets[record.receivers];
     this.communicator = communicator === data.no_communicator ? null : communicator;
     this.process = processByCommunicator.get(communicator) || null;

@@ -30,12 +30,13 @@ function listed(values, linkOf) {
   return first;
 }
 
-function functionsOf({ functions }) {
+function functionsOf({ functions, functionsAreCut }) {
   if (functions === null) {
-    return 'could not be read';
+    return functionsAreCut ? 'left out: too many on this bus' : 'could not be read';
   }
+  const more = functionsAreCut ? [html('li', {}, 'and more, left out: too many on this bus')] : [];
   return functions.length === 0 ? 'none'
-    : html('ol', { start: 0, class: 'functions' }, ...functions.map(one => html('li', {}, nameElement(one))));
+    : html('ol', { start: 0, class: 'functions' }, ...functions.map(one => html('li', {}, nameElement(one))), ...more);
 }
 
 const interfaceFacts = face => facts([
