@@ -6,6 +6,7 @@
 #include <random>
 
 using namespace Inspect;
+using TestSupport::changesBetween;
 using TestSupport::expectWhole;
 using TestSupport::linesOf;
 

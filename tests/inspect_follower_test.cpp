@@ -12,6 +12,7 @@
 #include <sys/resource.h>
 
 using namespace Inspect;
+using TestSupport::changesBetween;
 using TestSupport::expectWhole;
 using TestSupport::Model;
 
@@ -123,7 +124,7 @@ TEST(Follower, KeepsFunctionsOfTheSameInterfaceOnly)
 {
     BusState before;
     before.mCommunicators = {{7, 100, 1, {}}, {8, 100, 1, {}}};
-    before.mInterfaces = {{1, "Clock", "Provider", "local", 2, {1, 0, 0}, 7, 1, {3, 4}, {{"now"}}, {}}};
+    before.mInterfaces = {{1, "Clock", "Provider", "local", 2, {1, 0, 0}, 7, 1, {3, 4}, {{"now"}}, false, {}}};
     using Edit = void (*)(BusState&);
     const std::pair<Edit, bool> cases[] = {
         {[](BusState&) {}, true},
