@@ -1,0 +1,175 @@
+#include "inspect/commands/traffic/traffic_report.h"
+#include "inspect/view/cells.h"
+
+#include <array>
+#include <cstdio>
+
+namespace Inspect {
+
+namespace {
+
+using std::chrono::microseconds;
+
+std::string formatted(const char* format, double number)
+{
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), format, number);
+    return text.data();
+}
+
+/// "1,304"
+std::string grouped(std::uint64_t number)
+{
+    std::string text = std::to_string(number);
+    for (std::size_t place = text.size(); place > 3;) {
+        place -= 3;
+        text.insert(place, 1, ',');
+    }
+    return text;
+}
+
+/// "640", "6.4k"
+std::string shortened(double number)
+{
+    constexpr std::array cUnits{"", "k", "M", "G", "T", "P"};
+    std::size_t unit = 0;
+    for (; number >= 999.5 && unit + 1 < cUnits.size(); ++unit) {
+        number /= 1000;
+    }
+    return formatted(unit == 0 ? "%.0f" : "%.1f", number) + cUnits[unit];
+}
+
+/// "1.2ms", "250ms", "12.3s"
+std::string timeText(microseconds time)
+{
+    const auto milliseconds = static_cast<double>(time.count()) / 1000;
+    return milliseconds < 10     ? formatted("%.1fms", milliseconds)
+           : milliseconds < 9999 ? formatted("%.0fms", milliseconds)
+                                 : formatted("%.1fs", milliseconds / 1000);
+}
+
+/// Of a message that one sample only saw, no more is known than that it came after the one before, and left before the
+/// one after.
+Cell stayCell(const StayTimes& stays, microseconds time, microseconds interval)
+{
+    if (stays.count() == 0) {
+        return {};
+    }
+    return {time < interval * 3 / 2 ? "<" + timeText(2 * interval) : timeText(time)};
+}
+
+class RowTable
+{
+public:
+    RowTable(const Traffic& traffic, By by, const TableStyle& style)
+        : mTraffic(traffic), mBy(by), mTable(headings(by), style)
+    {}
+
+    void add(const TrafficRow& row)
+    {
+        const auto& [route, figures] = row;
+        std::vector<Cell> cells;
+        if (mBy != By::eReceiver) {
+            addParty(cells, route.mSenderId);
+        }
+        if (mBy != By::eSender) {
+            addParty(cells, route.mReceiverId);
+        }
+        addFigures(cells, *figures);
+        mTable.addLine(cells);
+    }
+
+    std::string text() const { return mTable.text(); }
+
+private:
+    static std::vector<Heading> headings(By by)
+    {
+        constexpr ColumnKind cNumber = ColumnKind::eNumber;
+        std::vector<Heading> all;
+        if (by != By::eReceiver) {
+            all.insert(all.end(), {{"SENDER", cNumber}, {"NAME"}});
+        }
+        if (by != By::eSender) {
+            all.insert(all.end(), {{"ADDRESSED TO", cNumber}, {"NAME"}});
+        }
+        if (by != By::ePair) {
+            all.insert(all.end(), {{"PID", cNumber}, {"APP"}});
+        }
+        all.insert(all.end(), {{"MSG/S", cNumber}, {"SIZE/S", cNumber}});
+        if (by != By::ePair) {
+            all.push_back({by == By::eSender ? "TO" : "FROM", cNumber});
+        }
+        all.insert(all.end(), {{"STAYS", cNumber}, {"P99", cNumber}, {"MAX", cNumber}, {"STILL", cNumber}});
+        return all;
+    }
+
+    void addParty(std::vector<Cell>& cells, std::uint16_t id) const
+    {
+        const Party party = mTraffic.mParties.party(id);
+        cells.insert(cells.end(), {numberCell(id), Cell{party.mInterface.mName}});
+        if (mBy != By::ePair) {
+            cells.insert(cells.end(), {processIdCell(party.owner()), applicationCell(party.owner())});
+        }
+    }
+
+    void addFigures(std::vector<Cell>& cells, const Figures& figures) const
+    {
+        const double seconds = mTraffic.mTally.elapsed().count();
+        const auto perSecond = [seconds](std::uint64_t count) {
+            return seconds > 0 ? static_cast<double>(count) / seconds : 0;
+        };
+        cells.insert(cells.end(), {Cell{formatted("%.1f", perSecond(figures.mMessages))},
+                                   Cell{shortened(perSecond(figures.mUserDataSize))}});
+        if (mBy != By::ePair) {
+            cells.push_back(numberCell(figures.mOthers.count()));
+        }
+        const StayTimes& stays = figures.mStays;
+        for (const microseconds time : {stays.quantile(0.5), stays.quantile(0.99), stays.longest()}) {
+            cells.push_back(stayCell(stays, time, mTraffic.mTally.interval()));
+        }
+        cells.push_back(numberCell(figures.mStill));
+    }
+
+    const Traffic& mTraffic;
+    By mBy;
+    Table mTable;
+};
+
+/// How many messages there were, and how many of them were seen.
+std::string countText(const Tally& tally)
+{
+    const auto counted = tally.counted();
+    if (!counted) {
+        return "at least " + grouped(tally.seen()) + " messages seen (" + tally.doubt() + ")";
+    }
+    const std::string share =
+        *counted == 0
+            ? ""
+            : formatted(" (%.1f %%)", 100 * static_cast<double>(tally.seen()) / static_cast<double>(*counted));
+    const double seconds = tally.elapsed().count();
+    return grouped(*counted) + " messages counted, " + grouped(tally.seen()) + " seen" + share + ", " +
+           formatted("%.1f/s", seconds > 0 ? static_cast<double>(*counted) / seconds : 0);
+}
+
+} // namespace
+
+void writeTrafficText(std::ostream& out, const Traffic& traffic, By by, const InterfaceFilter& filter,
+                      const TableStyle& style)
+{
+    RowTable table(traffic, by, style);
+    for (const TrafficRow& row : trafficRows(traffic, by, filter)) {
+        table.add(row);
+    }
+    const Tally& tally = traffic.mTally;
+    out << table.text() << countText(tally) << "; slots in use: median " << grouped(tally.medianInUse()) << ", maximum "
+        << grouped(tally.mostInUse()) << " of " << grouped(tally.slots()) << "; interval "
+        << formatted("%.1f ms", static_cast<double>(tally.interval().count()) / 1000) << '\n';
+    if (by == By::ePair && tally.otherPairs().mMessages > 0) {
+        out << "too many pairs: " << grouped(tally.otherPairs().mMessages) << " messages of others left out\n";
+    }
+    if (traffic.mIsGone) {
+        out << "the channel is gone\n";
+    }
+}
+
+} // namespace Inspect
