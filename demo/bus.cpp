@@ -1,6 +1,8 @@
 #include "bus.h"
 
 #include "message_layout.h"
+#include "process_description.h"
+#include "truth.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -99,6 +101,17 @@ void Bus::startChurn(unsigned rate)
     }
 }
 
+void Bus::startTraffic(const Scenario& scenario, bool isRecording)
+{
+    const std::uint16_t counter = mChannel.lock().writerCounter();
+    mTraffic.emplace(static_cast<std::uint32_t>(mProcesses.size()), scenario.messageSlots, isRecording, counter);
+    TrafficDescription description{.memory = mTraffic->path(), .flows = scenario.traffic};
+    for (ParticipantProcess& process : mProcesses) {
+        process.startTraffic(describeTraffic(description));
+        ++description.process;
+    }
+}
+
 void Bus::reportEnded()
 {
     for (ParticipantProcess& process : mProcesses) {
@@ -119,6 +132,15 @@ void Bus::run()
     } catch (const StopRequested&) {
         // The destructor of the bus takes everything down.
     }
+}
+
+void Bus::writeTruth(const Scenario& scenario, std::ostream& out)
+{
+    {
+        const LockedRegistry registry = mChannel.lock();
+        mTraffic->stop();
+    }
+    ZunicDemo::writeTruth(scenario, *mTraffic, out);
 }
 
 } // namespace ZunicDemo

@@ -5,11 +5,13 @@
 #include "participant_programs.h"
 #include "scenario.h"
 #include "stop_signals.h"
+#include "traffic_memory.h"
 
 #include "zunic_hosting/hosted_channel.h"
 
 #include <list>
 #include <optional>
+#include <ostream>
 #include <sys/types.h>
 
 namespace ZunicDemo {
@@ -25,8 +27,14 @@ public:
     /// Has every process that stays churn, with `rate` rounds a second; 0: as fast as it can.
     void startChurn(unsigned rate);
 
+    /// Has the processes send and read the messages of the scenario. With `isRecording`, `writeTruth` can be called.
+    void startTraffic(const Scenario& scenario, bool isRecording);
+
     /// Serves until the program is told to stop. Says on standard error which processes end before that.
     void run();
+
+    /// Stops the traffic, and writes what was sent. Throws std::system_error.
+    void writeTruth(const Scenario& scenario, std::ostream& out);
 
 private:
     void startProcesses(const Scenario& scenario);
@@ -39,6 +47,7 @@ private:
     ZunicHosting::HostedChannel mChannel;
     ParticipantPrograms mPrograms;
     std::list<ParticipantProcess> mProcesses;
+    std::optional<TrafficMemory> mTraffic;
 };
 
 } // namespace ZunicDemo

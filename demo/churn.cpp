@@ -1,5 +1,7 @@
 #include "churn.h"
 
+#include "unless_full.h"
+
 #include <unistd.h>
 
 #include <cerrno>
@@ -14,24 +16,6 @@ using ZunicHosting::InterfaceDescription;
 using ZunicHosting::LockedRegistry;
 using ZunicHosting::SlotDescription;
 using ZunicHosting::SlotState;
-
-namespace {
-
-/// What `operation` returns; absent when there is no room in the channel for what it adds.
-template <typename Operation>
-auto unlessFull(Operation operation) -> std::optional<decltype(operation())>
-{
-    try {
-        return operation();
-    } catch (const std::system_error& error) {
-        if (error.code().value() != ENOSPC) {
-            throw;
-        }
-        return std::nullopt;
-    }
-}
-
-} // namespace
 
 Churn::Churn(ZunicHosting::HostedChannel& channel, std::uint16_t communicatorId)
     : mChannel(&channel), mCommunicatorId(communicatorId)

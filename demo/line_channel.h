@@ -11,14 +11,15 @@ namespace ZunicDemo {
 /// The lines that host and participant exchange over a stream socket.
 ///
 /// The host describes the process and the participant answers cRegistered, or cFailed with the reason behind it. Later
-/// the host may say cChurn with a number of rounds a second behind it. A participant ends when its host closes the
-/// connection.
+/// the host may say cChurn with a number of rounds a second behind it, or cTraffic with a description. A participant
+/// ends when its host closes the connection.
 class LineChannel
 {
 public:
     static constexpr const char* cRegistered = "registered";
     static constexpr const char* cFailed = "failed ";
     static constexpr const char* cChurn = "churn ";
+    static constexpr const char* cTraffic = "traffic ";
 
     explicit LineChannel(Descriptor socket) : mSocket(std::move(socket)) {}
 

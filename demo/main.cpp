@@ -3,9 +3,12 @@
 #include "program_files.h"
 #include "scenario_reader.h"
 
+#include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
+#include <fstream>
 #include <iostream>
+#include <system_error>
 #include <unistd.h>
 
 namespace {
@@ -38,19 +41,53 @@ Scenario readScenarioFor(const Options& options, const std::string& file)
         throw ScenarioMistake(file + ": expected at most 1022 interfaces for --churn, not " +
                               std::to_string(interfaceCount(scenario)));
     }
+    if (options.churnRate && !scenario.traffic.empty()) {
+        throw ScenarioMistake(file + ": expected no traffic for --churn");
+    }
+    if (options.truthFile && scenario.traffic.empty()) {
+        throw ScenarioMistake(file + ": expected traffic for --truth");
+    }
     return scenario;
+}
+
+[[noreturn]] void failToWrite(const std::string& file)
+{
+    throw std::system_error(errno, std::generic_category(), "cannot write " + file);
+}
+
+/// The file of --truth; not open without it.
+std::ofstream openTruthFile(const Options& options)
+{
+    std::ofstream file;
+    if (options.truthFile) {
+        file.open(*options.truthFile, std::ios::binary);
+        if (!file) {
+            failToWrite(*options.truthFile);
+        }
+    }
+    return file;
 }
 
 void host(const Scenario& scenario, const Options& options)
 {
+    std::ofstream truth = openTruthFile(options);
     const StopSignals signals;
     Bus bus(scenario, options.group, signals);
     if (options.churnRate) {
         bus.startChurn(*options.churnRate);
     }
+    if (!scenario.traffic.empty()) {
+        bus.startTraffic(scenario, options.truthFile.has_value());
+    }
     std::cout << "channel " << scenario.channel << " is ready: " << summary(scenario) << " (stop with Ctrl-C)"
               << std::endl;
     bus.run();
+    if (options.truthFile) {
+        bus.writeTruth(scenario, truth);
+        if (!truth.flush()) {
+            failToWrite(*options.truthFile);
+        }
+    }
 }
 
 void serve(const Options& options)

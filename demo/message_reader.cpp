@@ -30,14 +30,6 @@ private:
     std::uint16_t mWriterCounter = 0;
 };
 
-std::uint16_t readMemoryManagerIndex(const JsonPlace& place, const Scenario& scenario)
-{
-    if (scenario.memoryManagers.empty()) {
-        place.fail("expected memoryManagers in the scenario: this entry refers to one of them");
-    }
-    return static_cast<std::uint16_t>(place.unsignedWithin({0, scenario.memoryManagers.size() - 1}));
-}
-
 void requireKeysOf(SlotState state, const JsonPlace& place)
 {
     switch (state) {
@@ -122,6 +114,14 @@ void MessageReader::takeSlots(const JsonPlace& place, const MessageEntry& entry)
 }
 
 } // namespace
+
+std::uint16_t readMemoryManagerIndex(const JsonPlace& place, const Scenario& scenario)
+{
+    if (scenario.memoryManagers.empty()) {
+        place.fail("expected memoryManagers in the scenario: this entry refers to one of them");
+    }
+    return static_cast<std::uint16_t>(place.unsignedWithin({0, scenario.memoryManagers.size() - 1}));
+}
 
 void readMessages(const JsonPlace& root, const InterfaceReferences& references, Scenario& scenario)
 {

@@ -10,6 +10,9 @@ namespace ZunicDemo {
 /// Reads the messages into `scenario`, and checks that its message slots are enough for them.
 void readMessages(const JsonPlace& root, const InterfaceReferences& references, Scenario& scenario);
 
+/// The position of one of the memory managers of `scenario`. Throws Misplaced.
+std::uint16_t readMemoryManagerIndex(const JsonPlace& place, const Scenario& scenario);
+
 /// Reads the blocks into `scenario`, and checks that its memory managers can hold them with those of the messages.
 void readBlocks(const JsonPlace& root, Scenario& scenario);
 

@@ -51,6 +51,11 @@ std::optional<Options> readOptions(int argumentCount, char** arguments)
                    "(0: as fast as possible)")
         ->check(CLI::Range(0, 1'000'000))
         ->type_name("RATE");
+    app.add_option("--truth", options.truthFile,
+                   "When the bus stops, write each message of the\n"
+                   "traffic to FILE, with the times at which it was\n"
+                   "sent and freed (JSON lines)")
+        ->type_name("FILE");
     app.add_flag("--check", options.checkOnly, "Check the scenario and exit");
     try {
         app.parse(argumentCount, arguments);

@@ -15,6 +15,8 @@ struct Options
     std::optional<gid_t> group;
     /// Rounds of each process in a second; 0: as fast as it can.
     std::optional<unsigned> churnRate;
+    /// Where to write what was sent.
+    std::optional<std::string> truthFile;
     bool checkOnly = false;
 };
 

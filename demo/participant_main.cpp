@@ -1,6 +1,7 @@
 #include "churn.h"
 #include "line_channel.h"
 #include "process_description.h"
+#include "traffic.h"
 
 #include "zunic_hosting/hosted_channel.h"
 
@@ -46,14 +47,19 @@ void registerProcess(HostedChannel& channel, const ProcessEntry& process)
     }
 }
 
-/// Stays on the bus until the host goes, churning when the host says so.
+/// Stays on the bus until the host goes, churning or sending and reading when the host says so.
 void stay(LineChannel& host, HostedChannel& channel, const ProcessEntry& process)
 {
     const std::string churn = LineChannel::cChurn;
+    const std::string trafficOf = LineChannel::cTraffic;
     while (const std::optional<std::string> line = host.receive()) {
         if (line->starts_with(churn) && !process.communicators.empty()) {
             Churn rounds(channel, process.communicators.front().id);
             churnForever(rounds, static_cast<unsigned>(std::stoul(line->substr(churn.size()))));
+        }
+        if (line->starts_with(trafficOf)) {
+            const TrafficDescription description = readTrafficDescription(line->substr(trafficOf.size()));
+            Traffic(channel, description).run();
         }
     }
 }

@@ -101,6 +101,11 @@ void ParticipantProcess::startChurn(unsigned rate)
     mConnection.send(LineChannel::cChurn + std::to_string(rate));
 }
 
+void ParticipantProcess::startTraffic(const std::string& description)
+{
+    mConnection.send(LineChannel::cTraffic + description);
+}
+
 bool ParticipantProcess::hasEnded()
 {
     if (mId < 0 || waitpid(mId, nullptr, WNOHANG) != mId) {

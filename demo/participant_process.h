@@ -35,6 +35,9 @@ public:
     /// Has it churn, with `rate` rounds a second. Throws std::system_error.
     void startChurn(unsigned rate);
 
+    /// Has it take its part in the traffic. Throws std::system_error.
+    void startTraffic(const std::string& description);
+
     /// Whether it has ended by itself since the last call; it is reaped then.
     bool hasEnded();
 

@@ -56,7 +56,8 @@ std::string summary(const Scenario& scenario)
     }
     return counted(processes, "process", "processes") + ", " + counted(communicators, "communicator", "communicators") +
            ", " + counted(interfaceCount(scenario), "interface", "interfaces") + ", " +
-           counted(links, "link", "links") + ", " + counted(messages, "message", "messages");
+           counted(links, "link", "links") + ", " + counted(messages, "message", "messages") +
+           (scenario.traffic.empty() ? "" : ", " + counted(scenario.traffic.size(), "flow", "flows"));
 }
 
 } // namespace ZunicDemo

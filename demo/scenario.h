@@ -77,6 +77,42 @@ struct BlocksEntry
     std::uint32_t count = 1;
 };
 
+/// Times of traffic are in nanoseconds; this one does not come.
+constexpr std::uint64_t cNever = UINT64_MAX;
+constexpr std::uint16_t cNoMemoryManager = UINT16_MAX;
+
+/// An interface that reads the messages of a flow, one after another.
+struct FlowReceiver
+{
+    std::uint16_t interface = 0;
+    /// Whose interface it is: a position among the processes that stay, from 0.
+    std::uint32_t process = 0;
+    /// For each message.
+    std::uint64_t readingTime = 0;
+    /// It stops this long after it began to read.
+    std::uint64_t stopsAfter = cNever;
+    /// It begins again this long after a message found no room.
+    std::uint64_t resumesAfter = cNever;
+};
+
+/// Messages that one interface keeps sending.
+struct FlowEntry
+{
+    std::uint16_t sender = 0;
+    /// As that of a receiver.
+    std::uint32_t process = 0;
+    std::vector<FlowReceiver> receivers;
+    /// Messages sent at once, and the time from one such burst to the next.
+    std::uint64_t burst = 1;
+    std::uint64_t period = 0;
+    /// It ends after that many messages, whether there was room for them or not.
+    std::uint64_t limit = cNever;
+    std::uint32_t userDataSize = 0;
+    std::uint32_t dataEntries = 0;
+    /// The memory manager that the blocks of its external data entries come from.
+    std::uint16_t external = cNoMemoryManager;
+};
+
 struct Scenario
 {
     std::string channel;
@@ -87,12 +123,13 @@ struct Scenario
     std::map<std::uint16_t, InterfaceSet> links;
     std::vector<MessageEntry> messages;
     std::vector<BlocksEntry> blocks;
+    std::vector<FlowEntry> traffic;
 };
 
 std::size_t interfaceCount(const Scenario& scenario);
 
-/// How much there is of everything, for example "5 processes, 6 communicators, 12 interfaces, 9 links, 14 messages".
-/// Processes that leave are not counted.
+/// How much there is of everything, for example "5 processes, 6 communicators, 12 interfaces, 9 links, 14 messages",
+/// and the flows, if there are some. Processes that leave are not counted.
 std::string summary(const Scenario& scenario);
 
 } // namespace ZunicDemo

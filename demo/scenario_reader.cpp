@@ -3,6 +3,7 @@
 #include "message_reader.h"
 #include "process_reader.h"
 #include "scenario_place.h"
+#include "traffic_reader.h"
 #include "json/parse_json.h"
 #include "json/text_position.h"
 
@@ -86,8 +87,8 @@ void readLinks(const JsonPlace& root, const InterfaceReferences& references, Sce
 
 Scenario readRoot(const JsonPlace& root)
 {
-    requireKeys(root,
-                {"$schema", "channel", "messageSlots", "memoryManagers", "processes", "links", "messages", "blocks"});
+    requireKeys(root, {"$schema", "channel", "messageSlots", "memoryManagers", "processes", "links", "messages",
+                       "blocks", "traffic"});
     Scenario scenario;
     scenario.channel = readChannelName(root);
     scenario.messageSlots = numberOr(root, "messageSlots", 64, {1, cMostMessageSlots});
@@ -96,6 +97,7 @@ Scenario readRoot(const JsonPlace& root)
     readLinks(root, references, scenario);
     readMessages(root, references, scenario);
     readBlocks(root, scenario);
+    readTraffic(root, references, scenario);
     return scenario;
 }
 

@@ -87,6 +87,17 @@ void freeChain(std::span<MessageSlot> slots, std::uint32_t index)
     }
 }
 
+bool holdsMessage(MessageSlot& slot)
+{
+    const SlotState state = stateOf(slot);
+    return state == SlotState::message || state == SlotState::written;
+}
+
+bool hasReceivers(const MessageSlot& slot)
+{
+    return std::ranges::any_of(slot.receivers, [](std::uint64_t word) { return word != 0; });
+}
+
 } // namespace
 
 void LockedRegistry::writeSlot(std::uint32_t index, const SlotDescription& slot)
@@ -103,18 +114,38 @@ std::uint32_t LockedRegistry::postMessage(SlotDescription message, std::uint32_t
     checkSlot(message);
     const std::vector<std::uint32_t> indexes = findFreeSlots(slots, std::size_t{dataEntries} + 1);
     const auto chain = std::span(indexes).subspan(1);
+    MessageSlot& slot = slots[indexes.front()];
+    withdraw(slot.stateAndSender, packStateAndSender(SlotState::reserved, message.senderId));
     fillChain(slots, chain, message.senderId);
 
     if (!chain.empty()) {
         message.dataIndex = chain.front();
     }
-    if (message.state != SlotState::written) {
-        message.state = SlotState::message;
-    }
+    const bool becomesMessage = message.state != SlotState::written;
+    message.state = SlotState::written;
     message.writerCounter = static_cast<std::uint16_t>(storage.writerCounter + 1);
-    fillSlot(slots[indexes.front()], message);
+    fillSlot(slot, message);
+    if (becomesMessage) {
+        publish(slot.stateAndSender, packStateAndSender(SlotState::message, message.senderId));
+    }
     setStorageHeader(indexes.front(), message.writerCounter);
     return indexes.front();
+}
+
+bool LockedRegistry::finishReading(std::uint32_t index, std::uint16_t receiver)
+{
+    require(index < mObject.slots().size(), "there is no such message slot");
+    require(receiver < cReceiverIds, "a receiver's id has to be below 1024");
+    MessageSlot& slot = mObject.slots()[index];
+    if (!holdsMessage(slot) || (receiverWord(slot.receivers, receiver) & receiverBit(receiver)) == 0) {
+        fail(ENOENT, "slot " + std::to_string(index) + " holds no message to " + std::to_string(receiver));
+    }
+    removeReceiver(slot.receivers, receiver);
+    if (hasReceivers(slot)) {
+        return false;
+    }
+    releaseMessage(index);
+    return true;
 }
 
 void LockedRegistry::releaseMessage(std::uint32_t index)
@@ -122,8 +153,7 @@ void LockedRegistry::releaseMessage(std::uint32_t index)
     const std::span<MessageSlot> slots = mObject.slots();
     require(index < slots.size(), "there is no such message slot");
     MessageSlot& slot = slots[index];
-    const SlotState state = stateOf(slot);
-    if (state != SlotState::message && state != SlotState::written) {
+    if (!holdsMessage(slot)) {
         fail(ENOENT, "slot " + std::to_string(index) + " holds no message");
     }
 
@@ -135,6 +165,11 @@ void LockedRegistry::releaseMessage(std::uint32_t index)
     } else {
         freeChain(slots, data);
     }
+}
+
+std::uint16_t LockedRegistry::writerCounter() const
+{
+    return load(mObject.registry().messageStorage.writerCounter);
 }
 
 void LockedRegistry::setStorageHeader(std::uint32_t lastWrittenIndex, std::uint16_t writerCounter)

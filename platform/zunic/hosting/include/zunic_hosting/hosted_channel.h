@@ -170,13 +170,20 @@ public:
 
     /// Posts `message` with a chain of `dataEntries` data slots (sender: that of the message), all in slots that were
     /// free, and moves the storage header on: its writer counter, incremented, becomes the message's. The message's
-    /// data index is that of the chain, if there is one, and its state is `message` unless it says `written`.
+    /// data index is that of the chain, if there is one. Its slot is reserved first and `written` when it is complete;
+    /// then it becomes `message` unless its state says `written`.
     /// Returns the message's slot. ENOSPC when there are too few free slots.
     std::uint32_t postMessage(SlotDescription message, std::uint32_t dataEntries);
+
+    /// Takes `receiver`, which has read it, out of the receiver set of the message in slot `index`. The last receiver
+    /// releases the message. Returns whether it was the last one. ENOENT when it is none of them.
+    bool finishReading(std::uint32_t index, std::uint16_t receiver);
 
     /// Frees a message's slot, its data chain as far as it is whole, and its external block.
     void releaseMessage(std::uint32_t index);
 
+    /// That of the last message posted.
+    std::uint16_t writerCounter() const;
     void setStorageHeader(std::uint32_t lastWrittenIndex, std::uint16_t writerCounter);
 
 private:
