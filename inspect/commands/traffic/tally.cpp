@@ -40,6 +40,8 @@ void Tally::follow(const Sample& sample)
 {
     if (mSamples++ == 0) {
         mFirst = sample.mBegin;
+    } else {
+        mIntervals.add(std::chrono::duration_cast<microseconds>(sample.mBegin - mLast));
     }
     if (mSamplesOfStorage++ > 0) {
         mCounted += static_cast<std::uint16_t>(sample.mCounterAfter - mCounterAfter);
@@ -144,11 +146,6 @@ void Tally::forEachRow(const Present& present, Visitor visit)
             visit(pair == mPairs.end() ? mOtherPairs : pair->second);
         }
     });
-}
-
-microseconds Tally::interval() const
-{
-    return mSamples < 2 ? microseconds(0) : std::chrono::duration_cast<microseconds>((mLast - mFirst) / (mSamples - 1));
 }
 
 const char* Tally::doubt() const

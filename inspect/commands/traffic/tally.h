@@ -1,7 +1,7 @@
 #ifndef INSPECT_COMMANDS_TRAFFIC_TALLY_H
 #define INSPECT_COMMANDS_TRAFFIC_TALLY_H
 
-#include "inspect/commands/traffic/stay_times.h"
+#include "inspect/commands/traffic/time_histogram.h"
 #include "inspect/live/message_sampler.h"
 
 #include <bitset>
@@ -21,7 +21,7 @@ struct Figures
     std::uint64_t mUserDataSize = 0;          ///< of these
     std::bitset<Channel::cTableSize> mOthers; ///< their receivers; of a receiver their senders
     std::uint64_t mStill = 0;                 ///< that the last sample saw, those from before the first one included
-    StayTimes mStays;                         ///< of those that came and left
+    TimeHistogram mStays;                     ///< of those that came and left
 };
 
 /// Of whose messages figures are: an id that is not given stands for any.
@@ -66,8 +66,8 @@ public:
     std::uint64_t samples() const { return mSamples; }
     /// From the first sample to the last.
     std::chrono::duration<double> elapsed() const { return mLast - mFirst; }
-    /// The mean time between two samples; 0 of a single one.
-    std::chrono::microseconds interval() const;
+    /// The median of the time between two samples; 0 of a single one.
+    std::chrono::microseconds interval() const { return mIntervals.quantile(0.5); }
 
     /// Messages that came after the first sample; each was seen.
     std::uint64_t seen() const { return mSeen; }
@@ -110,6 +110,7 @@ private:
     Sample::Time mFirst;
     Sample::Time mLast;
     Sample::Time mLastEnd;
+    TimeHistogram mIntervals;
     std::uint16_t mCounterBefore = 0; ///< as the last sample saw it
     std::uint16_t mCounterAfter = 0;
     std::uint64_t mCounted = 0;

@@ -30,7 +30,7 @@ Json partyJson(const Party& party)
 
 void addFigures(Json& json, const Figures& figures)
 {
-    const StayTimes& stays = figures.mStays;
+    const TimeHistogram& stays = figures.mStays;
     json["messages"] = figures.mMessages;
     json["user_data_size"] = figures.mUserDataSize;
     json["stays_us"] = orNull(stays.count() > 0, Json{{"median", stays.quantile(0.5).count()},
@@ -88,8 +88,9 @@ void writeRows(std::ostream& out, const Traffic& traffic, By by, const Interface
 
 void writeTrafficJson(std::ostream& out, const Traffic& traffic, const InterfaceFilter& filter)
 {
+    const Json head = headJson(traffic);
     const char* separator = "{\n";
-    for (const auto& [key, value] : headJson(traffic).items()) {
+    for (const auto& [key, value] : head.items()) {
         out << separator << Json(key) << ": " << value;
         separator = ",\n";
     }

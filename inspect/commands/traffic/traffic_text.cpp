@@ -1,8 +1,6 @@
+#include "inspect/commands/traffic/figure_cells.h"
 #include "inspect/commands/traffic/traffic_report.h"
 #include "inspect/view/cells.h"
-
-#include <array>
-#include <cstdio>
 
 namespace Inspect {
 
@@ -10,52 +8,18 @@ namespace {
 
 using std::chrono::microseconds;
 
-std::string formatted(const char* format, double number)
-{
-    std::array<char, 32> text{};
-    std::snprintf(text.data(), text.size(), format, number);
-    return text.data();
-}
-
 /// "1,304"
 std::string grouped(std::uint64_t number)
 {
-    std::string text = std::to_string(number);
-    for (std::size_t place = text.size(); place > 3;) {
-        place -= 3;
-        text.insert(place, 1, ',');
+    const std::string digits = std::to_string(number);
+    std::string text;
+    for (std::size_t place = 0; place < digits.size(); ++place) {
+        if (place > 0 && (digits.size() - place) % 3 == 0) {
+            text += ',';
+        }
+        text += digits[place];
     }
     return text;
-}
-
-/// "640", "6.4k"
-std::string shortened(double number)
-{
-    constexpr std::array cUnits{"", "k", "M", "G", "T", "P"};
-    std::size_t unit = 0;
-    for (; number >= 999.5 && unit + 1 < cUnits.size(); ++unit) {
-        number /= 1000;
-    }
-    return formatted(unit == 0 ? "%.0f" : "%.1f", number) + cUnits[unit];
-}
-
-/// "1.2ms", "250ms", "12.3s"
-std::string timeText(microseconds time)
-{
-    const auto milliseconds = static_cast<double>(time.count()) / 1000;
-    return milliseconds < 10     ? formatted("%.1fms", milliseconds)
-           : milliseconds < 9999 ? formatted("%.0fms", milliseconds)
-                                 : formatted("%.1fs", milliseconds / 1000);
-}
-
-/// Of a message that one sample only saw, no more is known than that it came after the one before, and left before the
-/// one after.
-Cell stayCell(const StayTimes& stays, microseconds time, microseconds interval)
-{
-    if (stays.count() == 0) {
-        return {};
-    }
-    return {time < interval * 3 / 2 ? "<" + timeText(2 * interval) : timeText(time)};
 }
 
 class RowTable
@@ -114,18 +78,14 @@ private:
 
     void addFigures(std::vector<Cell>& cells, const Figures& figures) const
     {
-        const double seconds = mTraffic.mTally.elapsed().count();
-        const auto perSecond = [seconds](std::uint64_t count) {
-            return seconds > 0 ? static_cast<double>(count) / seconds : 0;
-        };
-        cells.insert(cells.end(), {Cell{formatted("%.1f", perSecond(figures.mMessages))},
-                                   Cell{shortened(perSecond(figures.mUserDataSize))}});
+        const Tally& tally = mTraffic.mTally;
+        cells.insert(cells.end(), {rateCell(figures.mMessages, tally), sizeCell(figures.mUserDataSize, tally)});
         if (mBy != By::ePair) {
             cells.push_back(numberCell(figures.mOthers.count()));
         }
-        const StayTimes& stays = figures.mStays;
+        const TimeHistogram& stays = figures.mStays;
         for (const microseconds time : {stays.quantile(0.5), stays.quantile(0.99), stays.longest()}) {
-            cells.push_back(stayCell(stays, time, mTraffic.mTally.interval()));
+            cells.push_back(stayCell(stays, time, tally.interval()));
         }
         cells.push_back(numberCell(figures.mStill));
     }
@@ -146,9 +106,8 @@ std::string countText(const Tally& tally)
         *counted == 0
             ? ""
             : formatted(" (%.1f %%)", 100 * static_cast<double>(tally.seen()) / static_cast<double>(*counted));
-    const double seconds = tally.elapsed().count();
     return grouped(*counted) + " messages counted, " + grouped(tally.seen()) + " seen" + share + ", " +
-           formatted("%.1f/s", seconds > 0 ? static_cast<double>(*counted) / seconds : 0);
+           rateCell(*counted, tally).mBytes + "/s";
 }
 
 } // namespace

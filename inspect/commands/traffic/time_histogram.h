@@ -1,5 +1,5 @@
-#ifndef INSPECT_COMMANDS_TRAFFIC_STAY_TIMES_H
-#define INSPECT_COMMANDS_TRAFFIC_STAY_TIMES_H
+#ifndef INSPECT_COMMANDS_TRAFFIC_TIME_HISTOGRAM_H
+#define INSPECT_COMMANDS_TRAFFIC_TIME_HISTOGRAM_H
 
 #include <chrono>
 #include <cstddef>
@@ -8,16 +8,16 @@
 
 namespace Inspect {
 
-/// How long messages stayed. It takes at most 4 kB however many there are: times are counted in classes that are 1/32
-/// of a time wide at most, up to 9 hours. The longest is exact.
-class StayTimes
+/// How often which times occurred. It takes at most 4 kB however many there are: times are counted in classes that are
+/// 1/32 of a time wide at most, up to 9 hours. The longest is exact.
+class TimeHistogram
 {
 public:
     void add(std::chrono::microseconds time);
 
     std::uint64_t count() const { return mCount; }
     std::chrono::microseconds longest() const { return mLongest; }
-    /// The time that this share of the messages (0 to 1) did not exceed, to 1.6 %; 0 when there are none.
+    /// The time that this share of them (0 to 1) does not exceed, to 1.6 %; 0 when there are none.
     std::chrono::microseconds quantile(double share) const;
 
 private:

@@ -1,4 +1,4 @@
-#include "inspect/commands/traffic/stay_times.h"
+#include "inspect/commands/traffic/time_histogram.h"
 
 #include <algorithm>
 #include <bit>
@@ -31,12 +31,12 @@ std::uint64_t middleOf(std::size_t place)
         return place;
     }
     const std::size_t shift = (place >> cPartBits) - 1;
-    return ((place - (shift << cPartBits)) << shift) + ((std::uint64_t{1} << shift) - 1) / 2;
+    return ((place - (shift << cPartBits)) << shift) + (std::uint64_t{1} << shift) / 2;
 }
 
 } // namespace
 
-void StayTimes::add(microseconds time)
+void TimeHistogram::add(microseconds time)
 {
     const std::size_t place = classOf(std::clamp<std::uint64_t>(static_cast<std::uint64_t>(time.count()), 0, cMost));
     if (place >= mClasses.size()) {
@@ -47,7 +47,7 @@ void StayTimes::add(microseconds time)
     mLongest = std::max(mLongest, time);
 }
 
-microseconds StayTimes::quantile(double share) const
+microseconds TimeHistogram::quantile(double share) const
 {
     const auto wanted = static_cast<std::uint64_t>(std::ceil(share * static_cast<double>(mCount)));
     std::uint64_t reached = 0;
