@@ -44,7 +44,7 @@ void Traffic::addFlow(std::uint32_t flow, const FlowEntry& entry)
             sender.processes.push_back(receiver.process);
         }
         std::ranges::sort(sender.processes);
-        sender.processes.erase(std::ranges::unique(sender.processes).begin(), sender.processes.end());
+        sender.processes.erase(std::unique(sender.processes.begin(), sender.processes.end()), sender.processes.end());
         // Not all at the same time: flow 1 begins after a half of its period, flow 2 after two thirds, and so on.
         sender.due = mMemory.start() + entry.period / (flow + 1) * flow;
         mSenders.push_back(std::move(sender));

@@ -3,9 +3,9 @@
 #include "message_reader.h"
 #include "process_reader.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
-#include <limits>
 
 namespace ZunicDemo {
 
@@ -151,6 +151,7 @@ void TrafficReader::readReceivers(const JsonPlace& place, const PlaceholderNumbe
             flow.receivers.push_back(receiver);
         }
     });
+    std::ranges::sort(flow.receivers, {}, &FlowReceiver::interface);
     if (flow.receivers.empty()) {
         place.fail("expected at least one receiver: without one, messages stay forever");
     }

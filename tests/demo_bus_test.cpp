@@ -17,6 +17,7 @@ using testing::StartsWith;
 using ZunicHosting::HostedChannel;
 
 const std::string cSmall = SCENARIO_DIR "/small.json";
+const std::string cTraffic = SCENARIO_DIR "/traffic.json";
 
 bool channelExists(const std::string& name)
 {
@@ -117,6 +118,10 @@ TEST_F(DemoBus, FailingStartsSayWhyInOneLineAndLeaveNothing)
     expectFailure({file}, 1, "zunic_demo_bus: process late cannot register: ");
     expectFailure({"--churn", "-1", cSmall}, 2, "zunic_demo_bus: --churn");
     expectFailure({"--churn", "1", SCENARIO_DIR "/full.json"}, 2, SCENARIO_DIR "/full.json: expected at most 1022");
+    expectFailure({"--churn", "1", cTraffic}, 2, cTraffic + ": expected no traffic for --churn\n");
+    expectFailure({"--truth", elsewhere / "t", cSmall}, 2, cSmall + ": expected traffic for --truth\n");
+    expectFailure({"--truth", elsewhere / "no/t", cTraffic}, 1,
+                  "zunic_demo_bus: cannot write " + elsewhere / "no/t" + ": No such file");
     expectFailure({"--group", "no such group", cSmall}, 2, "zunic_demo_bus: --group: ");
     expectFailure({"--channel", "a/b", cSmall}, 1, "zunic_demo_bus: ");
     EXPECT_FALSE(channelExists(mChannel));
