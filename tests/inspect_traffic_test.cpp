@@ -312,6 +312,7 @@ TEST(TrafficJson, IsAsDocumented)
     const auto json = nlohmann::json::parse(text.str());
     EXPECT_EQ(json["messages_counted"], 202);
     EXPECT_EQ(json["messages_seen"], 201);
+    EXPECT_EQ(json["longest_interval_us"], 10'000);
     EXPECT_EQ(json["senders"][0]["messages"], 101);
     EXPECT_EQ(json["senders"][0]["name"], nullptr);
     EXPECT_EQ(json["senders"][1]["application"], "clockd");

@@ -68,6 +68,7 @@ public:
     std::chrono::duration<double> elapsed() const { return mLast - mFirst; }
     /// The median of the time between two samples; 0 of a single one.
     std::chrono::microseconds interval() const { return mIntervals.quantile(0.5); }
+    std::chrono::microseconds longestInterval() const { return mIntervals.longest(); }
 
     /// Messages that came after the first sample; each was seen.
     std::uint64_t seen() const { return mSeen; }

@@ -64,6 +64,7 @@ Json headJson(const Traffic& traffic)
             {"host", nameToJson(traffic.mHost)},
             {"seconds", tally.elapsed().count()},
             {"interval_us", tally.interval().count()},
+            {"longest_interval_us", tally.longestInterval().count()},
             {"samples", tally.samples()},
             {"messages_counted", orNull(counted.has_value(), counted.value_or(0))},
             {"doubt", tally.doubt() == nullptr ? Json(nullptr) : Json(tally.doubt())},
