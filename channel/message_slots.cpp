@@ -1,6 +1,7 @@
 #include "channel/message_slots.h"
 
 #include <algorithm>
+#include <bit>
 #include <iterator>
 #include <sys/mman.h>
 #include <unistd.h>
@@ -74,6 +75,27 @@ SlotFields MessageSlots::fields(std::uint32_t index) const
     const auto& words = slot.receivers.words;
     std::transform(std::begin(words), std::end(words), fields.mReceivers.words, loadShared<std::uint64_t>);
     return fields;
+}
+
+SlotKey MessageSlots::key(std::uint32_t index) const
+{
+    using Word = std::uint32_t __attribute__((may_alias));
+    const Word word = __atomic_load_n(reinterpret_cast<const Word*>(&mSlots[index]), __ATOMIC_ACQUIRE);
+    struct Halves
+    {
+        std::uint16_t mStateAndSender;
+        std::uint16_t mWriterCounter;
+    };
+    const auto [stateAndSender, writerCounter] = std::bit_cast<Halves>(word);
+    const auto senderId = static_cast<std::uint16_t>(stateAndSender >> 4);
+    return {stateOf(stateAndSender & 0xF, senderId), senderId, writerCounter};
+}
+
+std::optional<SlotFields> MessageSlots::fieldsOf(std::uint32_t index, const SlotKey& key) const
+{
+    const SlotFields read = fields(index);
+    __atomic_thread_fence(__ATOMIC_ACQUIRE); // The key is loaded again after the fields.
+    return this->key(index) == key ? std::optional(read) : std::nullopt;
 }
 
 std::uint32_t MessageSlots::dataIndex(std::uint32_t index) const

@@ -4,6 +4,7 @@
 #include "channel/channel_layout.h"
 
 #include <cstdint>
+#include <optional>
 
 namespace Channel {
 
@@ -12,6 +13,16 @@ struct SlotHead
 {
     SlotState mState = eSlotStateFree;
     std::uint16_t mSenderId = 0; ///< 0 to 4095
+};
+
+/// What tells one message from another, all of one moment.
+struct SlotKey
+{
+    SlotState mState = eSlotStateFree;
+    std::uint16_t mSenderId = 0; ///< 0 to 4095
+    std::uint16_t mWriterCounter = 0;
+
+    bool operator==(const SlotKey& other) const = default;
 };
 
 /// What a slot says beside its state and its sender.
@@ -40,6 +51,10 @@ public:
 
     SlotHead head(std::uint32_t index) const;
     SlotFields fields(std::uint32_t index) const;
+    /// In one load; what is loaded after it is not older.
+    SlotKey key(std::uint32_t index) const;
+    /// The fields of the message with that key; none when the slot has another key by now: they may be of both.
+    std::optional<SlotFields> fieldsOf(std::uint32_t index, const SlotKey& key) const;
     std::uint32_t dataIndex(std::uint32_t index) const; ///< of a data entry: the slot of the next one
 
 private:

@@ -42,6 +42,7 @@ _zunic_inspect_options() {
   show) echo "-c --channel --from --json $look -h --help" ;;
   wait) echo "-c --channel --gone --timeout $filters -h --help" ;;
   top) echo "-c --channel --interval --color -h --help" ;;
+  traffic) echo "-c --channel --for --interval --by --json --name $filters $look -h --help" ;;
   watch) echo "-c --channel --interval --for --until --ignore --json --color -h --help" ;;
   check) echo "-c --channel --from --json --all --again --fail-on --ignore --expect --explain $look -h --help" ;;
   diff) echo "-c --channel --ignore --json --all --color -h --help" ;;
@@ -70,6 +71,7 @@ _zunic_inspect_value() {
   --interval | --again | --for) mapfile -t COMPREPLY < <(compgen -W "500ms 2s 30s" -- "$word") ;;
   -c | --channel) _zunic_inspect_offer < <(_zunic_inspect_channels) ;;
   --from | --expect) compopt -o filenames && mapfile -t COMPREPLY < <(compgen -f -- "$word") ;;
+  --by) mapfile -t COMPREPLY < <(compgen -W "sender receiver pair" -- "$word") ;;
   --color) mapfile -t COMPREPLY < <(compgen -W "auto always never" -- "$word") ;;
   --type) mapfile -t COMPREPLY < <(compgen -W "skeleton stub" -- "$word") ;;
   --state) mapfile -t COMPREPLY < <(compgen -W "registered preregistered any" -- "$word") ;;
@@ -102,7 +104,7 @@ _zunic_inspect() {
     return
   fi
   case $command in
-  "") mapfile -t COMPREPLY < <(compgen -W "list show wait top watch check diff save page metrics" -- "$word") ;;
+  "") mapfile -t COMPREPLY < <(compgen -W "list show wait top traffic watch check diff save page metrics" -- "$word") ;;
   list) mapfile -t COMPREPLY < <(compgen -W "interfaces communicators processes memory messages" -- "$word") ;;
   show | wait) _zunic_inspect_offer < <(_zunic_inspect_names name) ;;
   save | page | diff) compopt -o filenames && mapfile -t COMPREPLY < <(compgen -f -- "$word") ;;

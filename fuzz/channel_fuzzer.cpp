@@ -1,13 +1,16 @@
 // Damages a real channel as its input says, and runs the whole tool on it: attach, snapshot, queries, both reports.
+// With the queries, zunic_inspect samples its messages.
 
 #include "channel_damage.h"
 #include "shortcuts.h"
 
 #include "enquirer/oxa_zunic_enquirer.h"
+#include "inspect/commands/traffic/tally.h"
 #include "zunic_hosting/hosted_channel.h"
 
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
 #include <iostream>
 #include <unistd.h>
 
@@ -74,6 +77,23 @@ OxaResult query(Oxa::OxaZunicEnquirer& enquirer)
                                    OxaZunic::eOxaZunicRegistrationStatePreregistered);
 }
 
+/// Samples the messages before and after the late damages, if there is a usable channel.
+void sampleAround(const std::string& channel, const std::function<void()>& damage)
+{
+    try {
+        Inspect::MessageSampler sampler(channel);
+        Inspect::Tally tally(true);
+        Inspect::Sample sample;
+        sampler.take(sample);
+        tally.add(sample);
+        damage();
+        sampler.take(sample);
+        tally.add(sample);
+    } catch (const Inspect::NoChannel&) {
+        damage();
+    }
+}
+
 /// Runs the tool on one channel, damaged differently for each run.
 class Harness
 {
@@ -105,7 +125,8 @@ public:
         Oxa::OxaZunicEnquirer enquirer(mOutputDirectory, false, mode == Mode::reportWithGraph);
         OxaResult result = enquirer.init(mChannel.name());
         if (result == OxaResult::cOk) {
-            mDamagedChannel.apply(damages, true);
+            const auto damage = [&] { mDamagedChannel.apply(damages, true); };
+            mode == Mode::query ? sampleAround(mChannel.name(), damage) : damage();
             result = mode == Mode::query ? query(enquirer) : enquirer.startEnquirer();
         }
         enquirer.cleanup();

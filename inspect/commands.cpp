@@ -8,6 +8,7 @@
 #include "inspect/commands/save.h"
 #include "inspect/commands/show.h"
 #include "inspect/commands/top/top.h"
+#include "inspect/commands/traffic/traffic.h"
 #include "inspect/commands/wait.h"
 #include "inspect/commands/watch.h"
 
@@ -17,8 +18,9 @@ namespace Inspect {
 
 namespace {
 
-constexpr std::array cCommands{&cListCommand,  &cShowCommand, &cWaitCommand,    &cTopCommand,  &cWatchCommand,
-                               &cCheckCommand, &cDiffCommand, &cMetricsCommand, &cSaveCommand, &cPageCommand};
+constexpr std::array cCommands{&cListCommand,    &cShowCommand,  &cWaitCommand,  &cTopCommand,
+                               &cTrafficCommand, &cWatchCommand, &cCheckCommand, &cDiffCommand,
+                               &cMetricsCommand, &cSaveCommand,  &cPageCommand};
 
 } // namespace
 

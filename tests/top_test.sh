@@ -87,6 +87,11 @@ keys 3
 sees '*+MANAGER*256*4096*memory 1/2*'
 keys 4
 sees '*+SLOT*invalid-index:32*messages 1/14*'
+keys 5
+sees '*+SENDER NAME*MSG/S*STILL*traffic 1/*'
+keys Enter
+sees '*SENDER *STAYS *-*STILL *1*'
+escape '*traffic 1/*'
 
 # Sorted by NAME and reversed, the chosen line stays: it has the third, then the second name in the alphabet.
 keys 2 s

@@ -6,7 +6,6 @@
 #include "inspect/live/truncation_guard.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
 #include <fstream>
 #include <sys/utsname.h>
@@ -15,26 +14,6 @@
 namespace Inspect {
 
 namespace {
-
-struct Detach
-{
-    void operator()(oxa_zunic_communication_channel* channel) const
-    {
-        oxa_zunic_communication_channel_destroy(channel);
-    }
-};
-using Attachment = std::unique_ptr<oxa_zunic_communication_channel, Detach>;
-
-Attachment attach(const std::string& name)
-{
-    oxa_zunic_communication_channel* handle = nullptr;
-    const int error = oxa_zunic_communication_channel_create(name.c_str(), &handle);
-    Attachment channel(handle);
-    if (error != 0 || channel == nullptr || !oxa_zunic_communication_channel_is_initialized(handle)) {
-        throw NoChannel("no usable channel \"" + name + "\"", error == ENOENT);
-    }
-    return channel;
-}
 
 std::string bootId()
 {

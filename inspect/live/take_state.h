@@ -3,28 +3,13 @@
 
 #include "channel/channel_layout.h"
 #include "inspect/bus/bus_state.h"
-#include "inspect/exit_status.h"
+#include "inspect/live/attachment.h"
 #include "inspect/live/process_book.h"
 
 #include <memory>
 #include <string>
 
 namespace Inspect {
-
-/// There is no usable channel of that name, or its registry mutex could not be locked; `what` says so in one line.
-class NoChannel : public Failure
-{
-public:
-    explicit NoChannel(const std::string& why, bool isMissing = false)
-        : Failure(eExitNoChannel, why), mIsMissing(isMissing)
-    {}
-
-    /// That there is none, and so no interface.
-    bool isMissing() const { return mIsMissing; }
-
-private:
-    bool mIsMissing;
-};
 
 /// Which parts of a state to fill in besides its origin, interfaces and communicators. The rest stays empty: a command
 /// that shows no messages does not pay for sixty thousand slots.

@@ -7,6 +7,7 @@
 #include "inspect/saved/record_json.h"
 
 #include <cstdint>
+#include <functional>
 #include <ostream>
 #include <span>
 #include <string>
@@ -14,6 +15,9 @@
 #include <vector>
 
 namespace Inspect {
+
+struct Figures;
+class Tally;
 
 /// What a row is about; what its list does not have is null.
 struct ListRow
@@ -30,6 +34,9 @@ struct ListRow
                const Channel::MemoryManagerFigures*, const Slot*>
         mRecords{};
     std::size_t mInterfaces = 0; ///< of a communicator: how many name it
+    // Of a sender.
+    const Figures* mFigures = nullptr;
+    const Tally* mTally = nullptr;
 };
 
 /// Which part of an InterfaceFilter counts.
@@ -51,7 +58,7 @@ struct ListKind
     std::span<const Column> mColumns;
     /// Those that fit, in ascending order of their keys, those of communicators as they come. The index has to outlive
     /// them.
-    std::vector<ListRow> (*mRows)(const BusIndex& index, const InterfaceFilter& filter);
+    std::function<std::vector<ListRow>(const BusIndex& index, const InterfaceFilter& filter)> mRows;
     Json (*mJson)(const ListRow& row);
 };
 

@@ -1,6 +1,5 @@
 #include "inspect/commands/top/bus_monitor.h"
 
-#include <ctime>
 #include <utility>
 
 namespace Inspect {
@@ -23,13 +22,6 @@ bool covers(const Wanted& all, const Wanted& part)
 }
 
 } // namespace
-
-nanoseconds processorTime()
-{
-    timespec time{};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-    return std::chrono::seconds(time.tv_sec) + nanoseconds(time.tv_nsec);
-}
 
 void BusMonitor::look(const Wanted& wanted)
 {

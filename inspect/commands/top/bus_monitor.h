@@ -4,6 +4,7 @@
 #include "inspect/commands/top/figures.h"
 #include "inspect/findings/findings.h"
 #include "inspect/live/bus_follower.h"
+#include "inspect/live/processor_time.h"
 
 #include <chrono>
 #include <memory>
@@ -14,9 +15,6 @@
 namespace Inspect {
 
 using SteadyTime = std::chrono::steady_clock::time_point;
-
-/// The processor time that this process has used.
-std::chrono::nanoseconds processorTime();
 
 /// Follows a bus, and counts its messages and checks it on the way. The channel may go away and come back.
 class BusMonitor

@@ -7,7 +7,8 @@ namespace Inspect {
 namespace {
 
 const std::vector<std::string> cKeyHelp{
-    "1 2 3 4    processes, interfaces, memory, messages",
+    "1 2 3 4 5  processes, interfaces, memory,",
+    "           messages, traffic",
     "arrows     move; scroll columns",
     "PgUp PgDn  scroll by a screen",
     "Home End   first line, last line",
@@ -25,6 +26,7 @@ const std::vector<std::string> cKeyHelp{
     "+ or - marks the sort column.",
     "\"at least\": the bus's message counter may",
     "have wrapped once more between two looks.",
+    "Traffic is sampled while it is shown, from 5 on.",
 };
 
 } // namespace

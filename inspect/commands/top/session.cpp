@@ -29,19 +29,20 @@ constexpr std::array cIntervals{milliseconds(100),    milliseconds(200),    mill
 /// One of the tables, and what a look has to see for it.
 struct Page
 {
-    const ListKind* mKind;
+    const ListKind* mKind; ///< null for traffic
     Wanted mWanted;
     Wanted mWantedForDetails;
 };
 
 constexpr Wanted cAlwaysWanted{.mProcesses = true, .mSlotTotals = true};
 
-/// By the keys 1 to 4.
-constexpr std::array<Page, 4> cPages{{
+/// By the keys 1 to 5.
+constexpr std::array<Page, 5> cPages{{
     {&cProcessList, {}, {}},
     {&cInterfaceList, {}, {.mFunctions = true}},
     {&cMemoryList, {.mMemoryManagers = true}, {}},
     {&cMessageList, {.mMessages = true}, {}},
+    {nullptr, {}, {}},
 }};
 
 /// Takes the last character away.
@@ -63,8 +64,9 @@ Session::Session(const TopOptions& options)
       mInterval(options.mInterval),
       mScreen(options.mHasColors),
       mBus(options.mChannel),
+      mTraffic(options.mChannel),
       mViews{TableView(*cPages[0].mKind), TableView(*cPages[1].mKind), TableView(*cPages[2].mKind),
-             TableView(*cPages[3].mKind)}
+             TableView(*cPages[3].mKind), TableView(mTraffic.kind())}
 {}
 
 void Session::run()
@@ -78,7 +80,23 @@ void Session::run()
             look();
         }
         paint();
-    } while (!mIsToQuit && mScreen.wait(mIsPaused ? std::nullopt : std::optional(nextLook())));
+    } while (!mIsToQuit && waitForKeyOrLook());
+}
+
+/// Takes the samples that are due meanwhile. False when the program is to end.
+bool Session::waitForKeyOrLook()
+{
+    while (!mIsPaused && mTraffic.next() && *mTraffic.next() < nextLook()) {
+        const SteadyTime next = *mTraffic.next();
+        if (!mScreen.wait(next)) {
+            return false;
+        }
+        if (SteadyTime::clock::now() < next) {
+            return true;
+        }
+        mTraffic.sample();
+    }
+    return mScreen.wait(mIsPaused ? std::nullopt : std::optional(nextLook()));
 }
 
 /// In steps: it is shown, and shall not be another one at each look.
@@ -104,6 +122,9 @@ void Session::look()
     if (mBus.now() == nullptr) {
         view().clear();
         mLookedAt = SteadyTime::clock::now(); // It may have waited for the mutex: there shall be time for keys.
+    } else if (isTrafficShown()) {
+        mTraffic.look();
+        view().show(*mBus.now(), nullptr); // Figures change with each look.
     } else {
         view().show(*mBus.now(), mBus.before());
     }
@@ -134,6 +155,7 @@ void Session::command(char key)
     case '2':
     case '3':
     case '4':
+    case '5':
         return turnTo(static_cast<std::size_t>(key - '1'));
     case 's':
     case '>':
@@ -146,8 +168,7 @@ void Session::command(char key)
         return editFilter();
     case 'p':
     case ' ':
-        mIsPaused = !mIsPaused;
-        return;
+        return pauseOrContinue();
     case '+':
         return changeInterval(std::ranges::upper_bound(cIntervals, mInterval));
     case '-':
@@ -163,6 +184,16 @@ void Session::command(char key)
         return;
     default:
         return;
+    }
+}
+
+void Session::pauseOrContinue()
+{
+    mIsPaused = !mIsPaused;
+    if (!mIsPaused && isTrafficShown()) { // How long messages stayed meanwhile is unknown: it begins again.
+        view().clear();
+        mTraffic.stop();
+        mIsLookDue = true;
     }
 }
 
@@ -211,6 +242,7 @@ void Session::changeInterval(const milliseconds* interval)
 void Session::turnTo(std::size_t page)
 {
     view().clear(); // The states that it shows are not kept for it.
+    mTraffic.stop();
     mPage = page;
     painter().forgetWidths();
     mSheet = Sheet::eTable;
@@ -344,7 +376,7 @@ std::string Session::lastLine()
         text += " matching \"" + printable(view().filter(), Blanks::eKept) + "\"";
     }
     return text +
-           (mSheet == Sheet::eTable ? "  h help  1-4 tables  / filter  Enter details  q quit" : "  Esc close  q quit");
+           (mSheet == Sheet::eTable ? "  h help  1-5 tables  / filter  Enter details  q quit" : "  Esc close  q quit");
 }
 
 } // namespace Inspect

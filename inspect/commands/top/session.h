@@ -5,6 +5,7 @@
 #include "inspect/commands/top/painting.h"
 #include "inspect/commands/top/screen.h"
 #include "inspect/commands/top/table_view.h"
+#include "inspect/commands/top/traffic_table.h"
 
 #include <array>
 #include <chrono>
@@ -57,9 +58,12 @@ private:
     std::chrono::milliseconds pause() const;
     SteadyTime nextLook() const;
     void look();
+    bool isTrafficShown() const { return &mViews[mPage].kind() == &mTraffic.kind(); }
+    bool waitForKeyOrLook();
 
     void press(const Key& key);
     void command(char key);
+    void pauseOrContinue();
     void editFilter();
     void type(const Key& key);
     void takeInterval(const std::string& text);
@@ -82,8 +86,9 @@ private:
     std::chrono::milliseconds mInterval;
     Screen mScreen;
     BusMonitor mBus;
-    std::array<TableView, 4> mViews;
-    std::array<TablePainter, 4> mPainters;
+    TrafficTable mTraffic;
+    std::array<TableView, 5> mViews;
+    std::array<TablePainter, 5> mPainters;
     std::size_t mPage = 0; ///< which of them is shown
     Sheet mSheet = Sheet::eTable;
     std::size_t mScrolled = 0;
