@@ -1,5 +1,7 @@
 #include "inspect/live/message_sampler.h"
 
+#include "inspect/live/truncation_guard.h"
+
 #include <cinttypes>
 #include <cstdio>
 #include <fstream>
@@ -34,7 +36,9 @@ std::string objectAt(const void* address)
 
 MessageSampler::MessageSampler(std::string channel) : mName(std::move(channel))
 {
+    const TruncationGuard guard;
     attachTo(attach(mName));
+    guard.requireWhole(mName);
 }
 
 void MessageSampler::attachTo(Attachment channel)
@@ -43,38 +47,45 @@ void MessageSampler::attachTo(Attachment channel)
     mObject = objectAt(Channel::messageStorage(channel.get()));
     mSeen.assign(mSlots->readable(), {});
     mChannel = std::move(channel);
+    mIsTruncated = false;
 }
 
 MessageSampler::Found MessageSampler::attachAgain()
 {
+    const TruncationGuard guard;
     try {
         Attachment channel = attach(mName);
+        guard.requireWhole(mName);
         if (objectAt(Channel::messageStorage(channel.get())) == mObject) {
-            return Found::eSame;
+            return mIsTruncated ? Found::eNone : Found::eSame;
         }
         attachTo(std::move(channel));
+        guard.requireWhole(mName);
         return Found::eAnother;
     } catch (const NoChannel&) {
         return Found::eNone;
     }
 }
 
-void MessageSampler::take(Sample& sample)
+bool MessageSampler::take(Sample& sample)
 {
+    const TruncationGuard guard;
     const oxa_zunic_message_storage& header = *Channel::messageStorage(mChannel.get());
     sample.mLeft.clear();
     sample.mCame.clear();
     sample.mSlots = mSlots->size();
     sample.mInUse = 0;
     sample.mBegin = Clock::now();
-    sample.mCounterBefore = Channel::loadShared(header.writer_counter);
+    sample.mCounterBefore = Channel::loadPublished(header.writer_counter); // Before the slots.
     for (std::uint32_t index = 0; index < mSlots->readable(); ++index) {
         const Channel::SlotKey key = mSlots->key(index);
         sample.mInUse += key.mState == Channel::eSlotStateFree ? 0 : 1;
         readSlot(index, key, sample);
     }
-    sample.mCounterAfter = __atomic_load_n(&header.writer_counter, __ATOMIC_ACQUIRE);
+    sample.mCounterAfter = Channel::loadPublished(header.writer_counter);
     sample.mEnd = Clock::now();
+    mIsTruncated = mIsTruncated || guard.hasStruck();
+    return !mIsTruncated;
 }
 
 void MessageSampler::readSlot(std::uint32_t index, const Channel::SlotKey& key, Sample& sample)

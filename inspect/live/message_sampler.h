@@ -52,8 +52,9 @@ public:
     /// Throws NoChannel.
     explicit MessageSampler(std::string channel);
 
-    /// Overwrites `sample`, whose memory is used again.
-    void take(Sample& sample);
+    /// Overwrites `sample`, whose memory is used again. False: the channel was truncated, and nothing of the sample is
+    /// of use until it is hosted again.
+    bool take(Sample& sample);
 
     /// Attaches again, and stays with what it finds.
     Found attachAgain();
@@ -64,6 +65,7 @@ private:
 
     std::string mName;
     Attachment mChannel;
+    bool mIsTruncated = false;
     std::string mObject; ///< the channel's shared memory, as the kernel identifies it
     std::optional<Channel::MessageSlots> mSlots;
     std::vector<Channel::SlotKey> mSeen; ///< the message that the last sample saw in each slot; free: none

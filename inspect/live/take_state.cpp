@@ -105,17 +105,12 @@ std::optional<BusState> lookAt(const std::string& name, const Wanted& wanted, Re
 std::optional<BusState> take(const std::string& name, const Wanted& wanted, Remembered* before)
 {
     const TruncationGuard guard;
-    const auto requireWhole = [&] {
-        if (guard.hasStruck()) {
-            throw NoChannel("channel \"" + name + "\" was truncated while it was being read", true);
-        }
-    };
     try {
         std::optional<BusState> state = lookAt(name, wanted, before);
-        requireWhole();
+        guard.requireWhole(name);
         return state;
     } catch (const NoChannel&) {
-        requireWhole();
+        guard.requireWhole(name);
         throw;
     }
 }

@@ -1,5 +1,7 @@
 #include "inspect/live/truncation_guard.h"
 
+#include "inspect/live/attachment.h"
+
 #include <cerrno>
 #include <cstdint>
 #include <sys/mman.h>
@@ -50,6 +52,13 @@ TruncationGuard::~TruncationGuard()
 bool TruncationGuard::hasStruck() const
 {
     return hasTruncationStruck != 0;
+}
+
+void TruncationGuard::requireWhole(const std::string& channel) const
+{
+    if (hasStruck()) {
+        throw NoChannel("channel \"" + channel + "\" was truncated while it was being read", true);
+    }
 }
 
 } // namespace Inspect

@@ -2,6 +2,7 @@
 #define INSPECT_LIVE_TRUNCATION_GUARD_H
 
 #include <csignal>
+#include <string>
 
 namespace Inspect {
 
@@ -19,6 +20,8 @@ public:
 
     /// Whether the object was truncated: what has been read since this guard was made is of no use.
     bool hasStruck() const;
+    /// Throws NoChannel if it was.
+    void requireWhole(const std::string& channel) const;
 
 private:
     struct sigaction mBefore = {};

@@ -31,6 +31,13 @@ struct Column
     Wanted mWanted = {}; ///< what of a state it takes to fill it in
 };
 
+/// A column whose cells are never shortened.
+inline Column column(const char* name, const char* meaning, ColumnKind kind, Cell (*cell)(const ListRow& row),
+                     Shown shown = Shown::eAlways, Wanted wanted = {})
+{
+    return {name, meaning, kind, [cell](const ListRow& row, ListLength /*none*/) { return cell(row); }, shown, wanted};
+}
+
 /// The places of the columns that are named, separated by commas, in any case; "+" in front adds them to those that are
 /// shown always, and nothing at all means those. Throws UsageMistake for an unknown name.
 std::vector<std::size_t> chooseColumns(std::span<const Column> columns, const std::string& choice);

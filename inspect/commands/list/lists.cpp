@@ -28,13 +28,6 @@ Column column(Value Record::*member, const char* meaning, Shown shown = Shown::e
     return {field.mTitle, meaning, columnKindOf(Value(), field.mWords), cell, shown, wanted};
 }
 
-/// Another column of the interface list, or of one that names an interface or its communicator.
-Column column(const char* name, const char* meaning, ColumnKind kind, Cell (*cell)(const ListRow&),
-              Shown shown = Shown::eAlways, Wanted wanted = {})
-{
-    return {name, meaning, kind, [cell](const ListRow& row, ListLength /*none*/) { return cell(row); }, shown, wanted};
-}
-
 std::vector<ListRow> interfaceRows(const BusIndex& index, const InterfaceFilter& filter)
 {
     std::vector<ListRow> rows;

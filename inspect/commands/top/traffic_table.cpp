@@ -19,19 +19,19 @@ Cell stayCell(const ListRow& row, std::chrono::microseconds time)
 
 Column number(const char* name, const char* meaning, Cell (*cell)(const ListRow&))
 {
-    return {name, meaning, ColumnKind::eNumber, cell};
+    return column(name, meaning, ColumnKind::eNumber, cell);
 }
 
 const std::vector<Column> cTrafficColumns{
     number("SENDER", "id of the sending interface", [](const ListRow& row) { return numberCell(row.mKey); }),
-    {"NAME", "its name", ColumnKind::eText,
-     [](const ListRow& row) {
-         const auto* const interface = row.record<Interface>();
-         return interface == nullptr ? Cell{} : Cell{interface->mName};
-     }},
+    column("NAME", "its name", ColumnKind::eText,
+           [](const ListRow& row) {
+               const auto* const interface = row.record<Interface>();
+               return interface == nullptr ? Cell{} : Cell{interface->mName};
+           }),
     number("PID", "id of its process", [](const ListRow& row) { return processIdCell(row.record<Communicator>()); }),
-    {"APP", "application of its process", ColumnKind::eText,
-     [](const ListRow& row) { return applicationCell(row.record<Communicator>()); }},
+    column("APP", "application of its process", ColumnKind::eText,
+           [](const ListRow& row) { return applicationCell(row.record<Communicator>()); }),
     number("MSG/S", "messages seen per second",
            [](const ListRow& row) { return rateCell(row.mFigures->mMessages, *row.mTally); }),
     number("SIZE/S", "their user data sizes per second",

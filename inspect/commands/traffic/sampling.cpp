@@ -37,8 +37,11 @@ Sampling::Sampling(const std::string& channel, nanoseconds interval, bool arePai
 
 void Sampling::sample()
 {
-    mSampler.take(mSample);
-    mTraffic.mTally.add(mSample);
+    if (mSampler.take(mSample)) {
+        mTraffic.mTally.add(mSample);
+    } else {
+        mTraffic.mIsGone = true;
+    }
     const nanoseconds spent = processorTime();
     mPace.note(spent - mSpent);
     mSpent = spent;

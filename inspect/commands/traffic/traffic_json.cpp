@@ -1,5 +1,6 @@
 #include "inspect/bus/words.h"
 #include "inspect/commands/traffic/traffic_report.h"
+#include "inspect/saved/json_text.h"
 #include "inspect/saved/record_json.h"
 
 #include <nlohmann/json.hpp>
@@ -76,10 +77,10 @@ Json headJson(const Traffic& traffic)
 
 void writeRows(std::ostream& out, const Traffic& traffic, By by, const InterfaceFilter& filter, const char* key)
 {
-    out << ",\n" << Json(key) << ": [";
+    out << ",\n" << jsonText(key) << ": [";
     const char* separator = "\n";
     for (const TrafficRow& row : trafficRows(traffic, by, filter)) {
-        out << separator << rowJson(traffic, by, row);
+        out << separator << jsonText(rowJson(traffic, by, row));
         separator = ",\n";
     }
     out << "\n]";
@@ -92,7 +93,7 @@ void writeTrafficJson(std::ostream& out, const Traffic& traffic, const Interface
     const Json head = headJson(traffic);
     const char* separator = "{\n";
     for (const auto& [key, value] : head.items()) {
-        out << separator << Json(key) << ": " << value;
+        out << separator << jsonText(key) << ": " << jsonText(value);
         separator = ",\n";
     }
     writeRows(out, traffic, By::eSender, filter, "senders");
