@@ -49,7 +49,7 @@ std::optional<Options> readOptions(int argumentCount, char** arguments)
                    "Let each process register, connect, post and\n"
                    "remove again and again, RATE times per second\n"
                    "(0: as fast as possible)")
-        ->check(CLI::Range(0, 1'000'000))
+        ->check(CLI::Range(0, 1'000'000).description(""))
         ->type_name("RATE");
     app.add_option("--truth", options.truthFile,
                    "When the bus stops, write each message of the\n"

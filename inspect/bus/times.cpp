@@ -5,6 +5,7 @@
 #include <ctime>
 #include <iomanip>
 #include <sstream>
+#include <string_view>
 
 namespace Inspect {
 
@@ -45,7 +46,8 @@ std::optional<WallTime> timeOfUtcText(const std::string& text)
     int length = 0;
     std::sscanf(text.c_str(), "%4d-%2d-%2dT%2d:%2d:%2d.%3dZ%n", &parts.tm_year, &parts.tm_mon, &parts.tm_mday,
                 &parts.tm_hour, &parts.tm_min, &parts.tm_sec, &thousandths, &length);
-    if (length == 0 || static_cast<std::size_t>(length) != text.size()) {
+    constexpr std::size_t cLength = std::string_view("2026-11-23T07:52:01.123Z").size();
+    if (static_cast<std::size_t>(length) != cLength || text.size() != cLength) {
         return std::nullopt;
     }
     parts.tm_year -= 1900;

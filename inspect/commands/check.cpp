@@ -53,8 +53,8 @@ void writeTable(std::ostream& out, const std::vector<Finding>& findings, const T
                            {subjectWord(finding.mSubject.mKind)},
                            idCell(finding.mSubject),
                            {finding.mSubject.mName},
-                           {finding.mEvidence, nullptr, Blanks::eKept},
-                           {finding.mKind->mAdvice, nullptr, Blanks::eKept}});
+                           {finding.mEvidence, nullptr, Text::eOwn},
+                           {finding.mKind->mAdvice, nullptr, Text::eOwn}});
         }
     }
     out << table.text() << std::flush;

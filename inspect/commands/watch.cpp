@@ -78,7 +78,7 @@ public:
         write(time,
               std::string("! ") + finding.mKind->mCode + ' ' + subjectWord(subject.mKind) + ' ' +
                   std::to_string(subject.mId) + (isNamed ? ' ' + printable(subject.mName) : "") + ": " +
-                  printable(finding.mEvidence, Blanks::eKept),
+                  finding.mEvidence,
               json);
     }
 

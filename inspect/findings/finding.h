@@ -54,7 +54,7 @@ struct Finding
     const FindingKind* mKind; ///< never null
     Severity mSeverity;
     Subject mSubject;
-    std::string mEvidence; ///< in numbers, one line; names in it are bytes as the bus has them
+    std::string mEvidence; ///< in numbers, one printable line; names in it are escaped as `printable` does
 };
 
 /// "error", "warning" or "note".

@@ -1,6 +1,7 @@
 #include "inspect/view/cells.h"
 
 #include <array>
+#include <cmath>
 #include <cstdio>
 #include <functional>
 
@@ -82,8 +83,8 @@ Cell usedShareCell(const Channel::MemoryManagerFigures& figures)
     if (figures.mTotalBlocks == 0) {
         return {};
     }
-    return {formatted("%.0f%%",
-                      100.0 * static_cast<double>(figures.mUsedBlocks) / static_cast<double>(figures.mTotalBlocks))};
+    const double share = static_cast<double>(figures.mUsedBlocks) / static_cast<double>(figures.mTotalBlocks);
+    return {formatted("%.0f%%", std::round(100 * share))}; // A half goes up, as on the page.
 }
 
 Cell chainFaultCell(const Channel::DataChain& chain)

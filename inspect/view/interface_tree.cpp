@@ -21,7 +21,7 @@ const std::vector<Heading> cHeadings{
 
 Cell label(const std::string& text)
 {
-    return {text, nullptr, Blanks::eKept};
+    return {text, nullptr, Text::eOwn};
 }
 
 class Tree
@@ -61,7 +61,7 @@ private:
             mTable.addBranch({Cell{function}, {}, {}, numberCell(position++)}, line);
         }
         if (interface.mFunctionsCut) {
-            mTable.addBranch({{"and more, cut at the limit", cUneasyColor, Blanks::eKept}}, line);
+            mTable.addBranch({{"and more, cut at the limit", cUneasyColor, Text::eOwn}}, line);
         }
     }
 
@@ -99,7 +99,7 @@ private:
     {
         const auto users = mIndex.interfacesWithId(id);
         if (users.empty()) {
-            mTable.addBranch({{"missing", cBadColor, Blanks::eKept}, {}, {}, numberCell(id)}, parent);
+            mTable.addBranch({{"missing", cBadColor, Text::eOwn}, {}, {}, numberCell(id)}, parent);
         }
         for (const Interface& user : users) {
             addInterface(user, parent);

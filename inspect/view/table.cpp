@@ -1,5 +1,7 @@
 #include "inspect/view/table.h"
 
+#include "inspect/cli/printable.h"
+
 #include <algorithm>
 #include <cstdlib>
 #include <cwchar>
@@ -76,7 +78,10 @@ std::string shownText(const Cell& cell)
     if (cell.mBytes.empty()) {
         return cNothing;
     }
-    return cell.mBytes == cNothing ? "\\x2d" : printable(cell.mBytes, cell.mBlanks); // Told from an empty one.
+    if (cell.mText == Text::eOwn) {
+        return cell.mBytes;
+    }
+    return cell.mBytes == cNothing ? "\\x2d" : printable(cell.mBytes); // Told from an empty one.
 }
 
 void Table::Release::operator()(libscols_table* table) const

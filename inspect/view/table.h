@@ -1,8 +1,6 @@
 #ifndef INSPECT_VIEW_TABLE_H
 #define INSPECT_VIEW_TABLE_H
 
-#include "inspect/cli/printable.h"
-
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -28,13 +26,18 @@ struct Heading
     ColumnKind mKind = ColumnKind::eText;
 };
 
+enum class Text : std::uint8_t
+{
+    eForeign, ///< bytes of any kind: the table makes them one printable word
+    eOwn      ///< printable as it is
+};
+
 /// What stands in a cell.
 struct Cell
 {
-    std::string mBytes;           ///< of any kind: the table makes them printable
+    std::string mBytes;
     const char* mColor = nullptr; ///< as libsmartcols names it, such as "red"; null for none
-    /// Blanks are kept in texts of ours only: a name with blanks would pass for several cells.
-    Blanks mBlanks = Blanks::eEscaped;
+    Text mText = Text::eForeign;
 };
 
 /// The cell as a table shows it.

@@ -69,7 +69,7 @@ void appendSlot(Lines& lines, std::uint32_t index, const BusState& state)
     for (const std::uint16_t id : slot->mReceivers) {
         const auto receiver = std::ranges::lower_bound(state.mInterfaces, id, {}, &Interface::mId);
         const bool isThere = receiver != state.mInterfaces.end() && receiver->mId == id;
-        receivers.addLine({numberCell(id), isThere ? Cell{receiver->mName} : Cell{"missing", nullptr, Blanks::eKept},
+        receivers.addLine({numberCell(id), isThere ? Cell{receiver->mName} : Cell{"missing", nullptr, Text::eOwn},
                            isThere ? Cell{receiver->mRole} : Cell{}});
     }
     append(lines, "Receivers:", slot->mReceivers.empty() ? "" : receivers.text());

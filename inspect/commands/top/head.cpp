@@ -129,7 +129,7 @@ std::string findingText(const Finding& finding)
         text += printable(subject.mName);
         text += ": ";
     }
-    return text += printable(finding.mEvidence, Blanks::eKept);
+    return text += finding.mEvidence;
 }
 
 FieldLine findingFields(const BusMonitor& bus)
