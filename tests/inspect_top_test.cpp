@@ -1,4 +1,4 @@
-#include "inspect/commands/top/figures.h"
+#include "inspect/bus/message_rate.h"
 #include "inspect/commands/top/table_view.h"
 #include "inspect/commands/top/text_fit.h"
 

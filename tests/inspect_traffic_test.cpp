@@ -253,22 +253,22 @@ TEST(TrafficText, ShowsEachKindOfRow)
         "202 messages counted, 201 seen (99.5 %), 155.3/s; slots in use: median 2, maximum 31 of 64; "
         "interval 1.0 ms\n";
     EXPECT_EQ(textOf(someTraffic(), By::eSender),
-              std::string("SENDER NAME  PID APP    MSG/S SIZE/S TO  STAYS    P99    MAX STILL\n"
-                          "   300 -       - -       77.6    776  2 <2.0ms <2.0ms <2.0ms     1\n"
-                          "     1 Clock 512 clockd  76.9  49.2k  2   12ms   12ms   12ms     0\n") +
+              std::string("SENDER NAME  PID APP    MSG/S   B/S TO STAYS  P99  MAX STILL\n"
+                          "   300 -       - -       77.6   776  2  <1ms <1ms <1ms     1\n"
+                          "     1 Clock 512 clockd  76.9 49.2k  2  12ms 12ms 12ms     0\n") +
                   cSummary);
     EXPECT_EQ(textOf(someTraffic(), By::eReceiver),
-              std::string("ADDRESSED TO NAME  PID APP MSG/S SIZE/S FROM  STAYS  P99  MAX STILL\n"
-                          "           6 Audio   - -   153.7  50.0k    2 <2.0ms 12ms 12ms     0\n"
-                          "           5 a\\x1b   - -    76.9  49.2k    1   12ms 12ms 12ms     0\n"
-                          "           9 -       - -     0.8      8    1      -    -    -     1\n") +
+              std::string("ADDRESSED TO NAME  PID APP MSG/S   B/S FROM STAYS  P99  MAX STILL\n"
+                          "           6 Audio   - -   153.7 50.0k    2  <1ms 12ms 12ms     0\n"
+                          "           5 a\\x1b   - -    76.9 49.2k    1  12ms 12ms 12ms     0\n"
+                          "           9 -       - -     0.8     8    1     -    -    -     1\n") +
                   cSummary);
     EXPECT_EQ(textOf(someTraffic(), By::ePair),
-              std::string("SENDER NAME  ADDRESSED TO NAME  MSG/S SIZE/S  STAYS    P99    MAX STILL\n"
-                          "     1 Clock            5 a\\x1b  76.9  49.2k   12ms   12ms   12ms     0\n"
-                          "     1 Clock            6 Audio  76.9  49.2k   12ms   12ms   12ms     0\n"
-                          "   300 -                6 Audio  76.9    769 <2.0ms <2.0ms <2.0ms     0\n"
-                          "   300 -                9 -       0.8      8      -      -      -     1\n") +
+              std::string("SENDER NAME  ADDRESSED TO NAME  MSG/S   B/S STAYS  P99  MAX STILL\n"
+                          "     1 Clock            5 a\\x1b  76.9 49.2k  12ms 12ms 12ms     0\n"
+                          "     1 Clock            6 Audio  76.9 49.2k  12ms 12ms 12ms     0\n"
+                          "   300 -                6 Audio  76.9   769  <1ms <1ms <1ms     0\n"
+                          "   300 -                9 -       0.8     8     -    -    -     1\n") +
                   cSummary);
 }
 
@@ -309,7 +309,7 @@ TEST(TrafficJson, IsAsDocumented)
     EXPECT_EQ(json["senders"][0]["messages"], 101);
     EXPECT_EQ(json["senders"][0]["name"], nullptr);
     EXPECT_EQ(json["senders"][1]["application"], "clockd");
-    EXPECT_EQ(json["senders"][1]["user_data_size"], 64'000);
+    EXPECT_EQ(json["senders"][1]["bytes"], 64'000);
     EXPECT_EQ(json["receivers"][0]["senders"], 2);
     EXPECT_EQ(json["pairs"][0]["receiver"]["name"], "a\x1b");
     EXPECT_EQ(json["pairs"][2]["stays_us"]["max"], 1'000);

@@ -15,13 +15,6 @@ std::uint64_t freeBlocks(const Channel::MemoryManagerFigures& figures)
     return figures.mTotalBlocks < figures.mUsedBlocks ? 0 : figures.mTotalBlocks - figures.mUsedBlocks;
 }
 
-std::string formatted(const char* format, double number)
-{
-    std::array<char, 32> text{};
-    std::snprintf(text.data(), text.size(), format, number);
-    return text.data();
-}
-
 /// How many items of a list are shown unless it is whole.
 constexpr std::size_t cShownItems = 8;
 
@@ -43,6 +36,13 @@ Cell listCell(const List& list, ListLength length, NumberOf numberOf)
 }
 
 } // namespace
+
+std::string formatted(const char* format, double number)
+{
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), format, number);
+    return text.data();
+}
 
 void appendListed(std::string& text, std::uint64_t number)
 {

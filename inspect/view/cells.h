@@ -22,6 +22,9 @@ enum class ListLength : std::uint8_t
     eWhole
 };
 
+/// The number as std::printf shows it by that format, in less than 32 characters.
+std::string formatted(const char* format, double number);
+
 /// Adds a number to those that stand there already, with a comma between them.
 void appendListed(std::string& text, std::uint64_t number);
 

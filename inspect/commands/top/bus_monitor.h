@@ -1,7 +1,7 @@
 #ifndef INSPECT_COMMANDS_TOP_BUS_MONITOR_H
 #define INSPECT_COMMANDS_TOP_BUS_MONITOR_H
 
-#include "inspect/commands/top/figures.h"
+#include "inspect/bus/message_rate.h"
 #include "inspect/findings/findings.h"
 #include "inspect/live/bus_follower.h"
 #include "inspect/live/processor_time.h"

@@ -34,7 +34,7 @@ const std::vector<Column> cTrafficColumns{
            [](const ListRow& row) { return applicationCell(row.record<Communicator>()); }),
     number("MSG/S", "messages seen per second",
            [](const ListRow& row) { return rateCell(row.mFigures->mMessages, *row.mTally); }),
-    number("SIZE/S", "their user data sizes per second",
+    number("B/S", "their user data sizes per second",
            [](const ListRow& row) { return sizeCell(row.mFigures->mUserDataSize, *row.mTally); }),
     number("TO", "interfaces that they address",
            [](const ListRow& row) { return numberCell(row.mFigures->mOthers.count()); }),

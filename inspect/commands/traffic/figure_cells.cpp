@@ -1,7 +1,8 @@
 #include "inspect/commands/traffic/figure_cells.h"
 
+#include "inspect/view/cells.h"
+
 #include <array>
-#include <cstdio>
 
 namespace Inspect {
 
@@ -25,13 +26,6 @@ std::string timeText(microseconds time)
 
 } // namespace
 
-std::string formatted(const char* format, double number)
-{
-    std::array<char, 32> text{};
-    std::snprintf(text.data(), text.size(), format, number);
-    return text.data();
-}
-
 Cell rateCell(std::uint64_t count, const Tally& tally)
 {
     return {formatted("%.1f", perSecond(count, tally))};
@@ -49,15 +43,21 @@ Cell sizeCell(std::uint64_t size, const Tally& tally)
 }
 
 /// Of a message that one sample only saw, no more is known than that it came after the one before, and left before the
-/// one after.
+/// one after: it stayed for one interval on average, and two at most.
 Cell stayCell(const TimeHistogram& stays, microseconds time, microseconds interval)
 {
     if (stays.count() == 0) {
         return {};
     }
-    const bool isSeenOnce = time < interval * 3 / 2;
-    const std::string text = timeText(isSeenOnce ? 2 * interval : time);
-    return {isSeenOnce ? "<" + text : text};
+    if (time >= interval * 3 / 2) {
+        return {timeText(time)};
+    }
+    std::string text("<");
+    text += timeText(interval);
+    if (const std::size_t fraction = text.find(".0ms"); fraction != std::string::npos) {
+        text.erase(fraction, 2);
+    }
+    return {text};
 }
 
 } // namespace Inspect

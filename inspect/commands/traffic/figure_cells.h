@@ -10,9 +10,6 @@
 
 namespace Inspect {
 
-/// As printf does it.
-std::string formatted(const char* format, double number);
-
 /// So many in the time of the samples, per second: "100.2".
 Cell rateCell(std::uint64_t count, const Tally& tally);
 /// The same of user data sizes: "640", "6.4k".

@@ -1,6 +1,6 @@
 #include "inspect/commands/traffic/tally.h"
 
-#include "inspect/commands/top/figures.h"
+#include "inspect/bus/message_rate.h"
 
 #include <algorithm>
 

@@ -33,7 +33,7 @@ void addFigures(Json& json, const Figures& figures)
 {
     const TimeHistogram& stays = figures.mStays;
     json["messages"] = figures.mMessages;
-    json["user_data_size"] = figures.mUserDataSize;
+    json["bytes"] = figures.mUserDataSize;
     json["stays_us"] = orNull(stays.count() > 0, Json{{"median", stays.quantile(0.5).count()},
                                                       {"p99", stays.quantile(0.99).count()},
                                                       {"max", stays.longest().count()}});

@@ -59,7 +59,7 @@ private:
         if (by != By::ePair) {
             all.insert(all.end(), {{"PID", cNumber}, {"APP"}});
         }
-        all.insert(all.end(), {{"MSG/S", cNumber}, {"SIZE/S", cNumber}});
+        all.insert(all.end(), {{"MSG/S", cNumber}, {"B/S", cNumber}});
         if (by != By::ePair) {
             all.push_back({by == By::eSender ? "TO" : "FROM", cNumber});
         }

@@ -1,5 +1,5 @@
-#ifndef INSPECT_COMMANDS_TOP_FIGURES_H
-#define INSPECT_COMMANDS_TOP_FIGURES_H
+#ifndef INSPECT_BUS_MESSAGE_RATE_H
+#define INSPECT_BUS_MESSAGE_RATE_H
 
 #include <chrono>
 #include <cstddef>

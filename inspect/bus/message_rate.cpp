@@ -1,4 +1,4 @@
-#include "inspect/commands/top/figures.h"
+#include "inspect/bus/message_rate.h"
 
 namespace Inspect {
 
