@@ -1,18 +1,23 @@
 // Damages a real channel as its input says, and runs the whole tool on it: attach, snapshot, queries, both reports.
-// With the queries, zunic_inspect samples its messages.
+// In one mode, zunic_inspect takes its state, samples its messages, and makes what its commands make of both.
 
 #include "channel_damage.h"
+#include "inspect_outputs.h"
 #include "shortcuts.h"
 
 #include "enquirer/oxa_zunic_enquirer.h"
-#include "inspect/commands/traffic/tally.h"
+#include "inspect/commands/traffic/traffic_report.h"
+#include "inspect/live/message_sampler.h"
+#include "inspect/live/take_state.h"
 #include "zunic_hosting/hosted_channel.h"
 
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
 #include <iostream>
+#include <sstream>
 #include <unistd.h>
+#include <utility>
 
 using namespace ZunicHosting;
 
@@ -68,8 +73,14 @@ enum class Mode
 {
     query,
     report,
-    reportWithGraph
+    reportWithGraph,
+    inspect ///< takes fifteen times as long as the others
 };
+
+Mode modeOf(std::uint8_t byte)
+{
+    return byte >= 0xF0 ? Mode::inspect : static_cast<Mode>(byte % 3);
+}
 
 OxaResult query(Oxa::OxaZunicEnquirer& enquirer)
 {
@@ -77,20 +88,36 @@ OxaResult query(Oxa::OxaZunicEnquirer& enquirer)
                                    OxaZunic::eOxaZunicRegistrationStatePreregistered);
 }
 
-/// Samples the messages before and after the late damages, if there is a usable channel.
-void sampleAround(const std::string& channel, const std::function<void()>& damage)
+void makeTrafficOutputs(const Inspect::Traffic& traffic)
 {
+    std::ostringstream text;
+    for (const Inspect::By by : {Inspect::By::eSender, Inspect::By::eReceiver, Inspect::By::ePair}) {
+        writeTrafficText(text, traffic, by, {}, {});
+    }
+    writeTrafficJson(text, traffic, {});
+    requirePlain(text.str());
+}
+
+/// Takes the state and samples the messages before and after the late damages, if there is a usable channel.
+void inspectAround(const std::string& channel, const std::function<void()>& damage)
+{
+    std::function<void()> dueDamage = damage;
     try {
         Inspect::MessageSampler sampler(channel);
-        Inspect::Tally tally(true);
+        Inspect::Traffic traffic{channel, {}, {}, {}, Inspect::Tally(true)};
         Inspect::Sample sample;
         sampler.take(sample);
-        tally.add(sample);
-        damage();
+        traffic.mTally.add(sample);
+        const Inspect::BusState before = takeState(channel, Inspect::Wanted::everything());
+        std::exchange(dueDamage, [] {})();
         sampler.take(sample);
-        tally.add(sample);
+        traffic.mTally.add(sample);
+        const Inspect::BusState now = takeState(channel, Inspect::Wanted::everything());
+        traffic.mParties.add(now);
+        makeTrafficOutputs(traffic);
+        makeOutputs(before, now);
     } catch (const Inspect::NoChannel&) {
-        damage();
+        dueDamage();
     }
 }
 
@@ -126,8 +153,9 @@ public:
         OxaResult result = enquirer.init(mChannel.name());
         if (result == OxaResult::cOk) {
             const auto damage = [&] { mDamagedChannel.apply(damages, true); };
-            mode == Mode::query ? sampleAround(mChannel.name(), damage) : damage();
-            result = mode == Mode::query ? query(enquirer) : enquirer.startEnquirer();
+            mode == Mode::inspect ? inspectAround(mChannel.name(), damage) : damage();
+            const bool isReport = mode == Mode::report || mode == Mode::reportWithGraph;
+            result = isReport ? enquirer.startEnquirer() : query(enquirer);
         }
         enquirer.cleanup();
         mDamagedChannel.restore();
@@ -151,7 +179,7 @@ Harness& harness()
 extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/)
 {
     // A harness that fails on a sound channel would find nothing in damaged ones.
-    for (const Mode mode : {Mode::query, Mode::report, Mode::reportWithGraph}) {
+    for (const Mode mode : {Mode::query, Mode::report, Mode::reportWithGraph, Mode::inspect}) {
         if (harness().run(mode, {}) != OxaResult::cOk) {
             std::cerr << "The tool fails on the undamaged channel." << std::endl;
             std::abort();
@@ -164,7 +192,7 @@ extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     if (size > 0) {
-        harness().run(static_cast<Mode>(data[0] % 3), {data + 1, size - 1});
+        harness().run(modeOf(data[0]), {data + 1, size - 1});
     }
     return 0;
 }

@@ -11,6 +11,7 @@
 #include <dlfcn.h>
 #include <memory_resource>
 #include <sanitizer/asan_interface.h>
+#include <utility>
 
 namespace {
 
@@ -73,6 +74,10 @@ const auto destroyReally =
 void Shortcuts::keepAttachment(bool isAllowed)
 {
     isAttachmentKept = isAllowed;
+    // Here, between two runs: within one, several parts of it have the attachment.
+    if (isAllowed && runsWithKeptAttachment++ % cRunsWithOneAttachment == 0) {
+        destroyReally(std::exchange(attachment, nullptr));
+    }
 }
 
 extern "C" {
@@ -82,8 +87,7 @@ int oxa_zunic_communication_channel_create(const char* name, oxa_zunic_communica
     if (!isAttachmentKept) {
         return createAnew(name, channel);
     }
-    if (runsWithKeptAttachment++ % cRunsWithOneAttachment == 0) {
-        destroyReally(attachment);
+    if (attachment == nullptr) {
         createAnew(name, &attachment);
     }
     *channel = attachment;

@@ -1,19 +1,16 @@
 #include "support/churn_report.h"
 #include "support/churning_bus.h"
-#include "support/live_bus.h"
 #include "support/soak.h"
+#include "support/vandal.h"
 
 #include "oxa/oxa_result.h"
 
 #include <algorithm>
 #include <chrono>
-#include <cstring>
 #include <gmock/gmock.h>
-#include <random>
 #include <sys/resource.h>
 
 using namespace TestSupport;
-using ZunicFormat::Registry;
 
 namespace {
 
@@ -47,71 +44,9 @@ TEST(FaultOfChurn, NoReportRunFails)
     figures() << runs << " report runs during " << bus.roundsDone() << " rounds of churn\n";
 }
 
-/// Writes nonsense wherever a reader looks, but for the mutex, with no lock at all.
-class Vandal
-{
-public:
-    explicit Vandal(const ZunicHosting::HostedChannel& channel)
-        : mRegistry(*reinterpret_cast<Registry*>(channel.registry())), mMessageSlots(channel.messageSlots())
-    {
-        const auto& superblock = *reinterpret_cast<const ZunicFormat::Superblock*>(channel.bytes().data());
-        const auto managers = channel.bytes().subspan(superblock.memoryManagers.offset);
-        mManager = &reinterpret_cast<ZunicFormat::MemoryManagerEntry*>(managers.data())->record;
-        mTargets = {std::as_writable_bytes(std::span(mRegistry.interfaces).first(cEntries)),
-                    std::as_writable_bytes(std::span(mRegistry.communicators).first(cEntries)),
-                    std::span(channel.messages(), mMessageSlots * sizeof(ZunicFormat::MessageSlot)),
-                    std::as_writable_bytes(std::span(mManager->block_map)),
-                    channel.bytes().subspan(superblock.pools.offset, superblock.pools.size)};
-    }
-
-    [[noreturn]] void rage()
-    {
-        for (;;) {
-            for (const std::span<std::byte> target : mTargets) {
-                damage(target);
-            }
-            auto& entry = mRegistry.interfaces[random() % cEntries];
-            entry.state = random() % 5; // so that many are in use, and of both types
-            entry.type = random() % 4;
-            mRegistry.messageStorage.lastWrittenIndex = random();
-            mRegistry.messageStorage.storageSize = nowAndThenElse(mMessageSlots);
-            mManager->manager.total_blocks = random();
-            mManager->manager.maximum_blocks = nowAndThenElse(cBlocks);
-        }
-    }
-
-    static constexpr std::uint32_t cBlocks = 32;
-
-private:
-    /// Few of them, so that reports are short and runs many.
-    static constexpr std::size_t cEntries = 48;
-
-    std::uint32_t random() { return static_cast<std::uint32_t>(mRandom()); }
-
-    /// A channel whose geometry is wrong is not even looked at.
-    std::uint32_t nowAndThenElse(std::uint32_t geometry) { return random() % 16 == 0 ? random() : geometry; }
-
-    /// Half of the numbers are small ones, as states and types are.
-    void damage(std::span<std::byte> target)
-    {
-        const std::uint32_t number = random() % (random() % 2 == 0 ? 5 : 0xFFFFFFFF);
-        const std::size_t size = std::size_t{1} << random() % 3;
-        std::memcpy(&target[random() % (target.size() / size) * size], &number, size);
-    }
-
-    std::mt19937 mRandom;
-    Registry& mRegistry;
-    std::uint32_t mMessageSlots;
-    oxa_memory_manager_record* mManager;
-    std::vector<std::span<std::byte>> mTargets;
-};
-
 TEST(FaultOfAVandal, EveryRunEnds)
 {
-    const auto channel = ZunicHosting::HostedChannel::create(
-        {.name = uniqueChannelName(),
-         .messageSlots = 64,
-         .memoryManagers = {{.maximumBlocks = Vandal::cBlocks}, {.blockSize = 64}}});
+    auto channel = Vandal::createChannel();
     const ForkedChild vandal([&] {
         Vandal(channel).rage();
         return 0;

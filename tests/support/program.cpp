@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
+#include <sys/resource.h>
 
 namespace TestSupport {
 
@@ -25,6 +26,9 @@ int become(std::vector<std::string> words, const ProgramOptions& options, const 
         setenv(name.c_str(), value.c_str(), 1);
     }
     alarm(static_cast<unsigned>(options.watchdog.count()));
+    if (const rlimit limit{options.addressSpace, options.addressSpace}; options.addressSpace > 0) {
+        setrlimit(RLIMIT_AS, &limit);
+    }
     if (redirect(0, "/dev/null") && redirect(1, caught / "output") && redirect(2, caught / "errors") &&
         chdir(options.workingDirectory.c_str()) == 0) {
         execv(arguments[0], arguments.data());

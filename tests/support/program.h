@@ -20,6 +20,8 @@ struct ProgramOptions
     std::chrono::seconds watchdog{60};
     /// Words in front of the enquirer's own: a program that is to start it.
     std::vector<std::string> launcher = {};
+    /// Bytes; 0: no limit.
+    std::size_t addressSpace = 0;
 };
 
 /// A program that was started with its output caught; killed when this object is destroyed before it has ended.
