@@ -36,7 +36,7 @@ extern const Rule cPoolFull{
      "No process can get a block of this size: messages are lost and functions cannot be published.",
      "A short burst can fill a pool in both looks. Pools that can grow are not reported, even at their largest size, "
      "which the data do not contain.",
-     "Configure more blocks for this memory manager, or find out which processes hold them: show --memory lists them."},
+     "Configure more blocks for this memory manager, or find out who holds them: zunic_inspect show --memory."},
     find};
 
 } // namespace Inspect

@@ -25,7 +25,7 @@ extern const Rule cPoolLow{
     {"pool-low", Severity::eWarning,
      "Less than a tenth of the blocks of a memory manager are free, and it cannot grow.", "The next burst can fill it.",
      "Pools that are sized without reserve on purpose. Pools that can grow are not reported.",
-     "Configure more blocks for this memory manager, or find out which processes hold them: show --memory lists them."},
+     "Configure more blocks for this memory manager, or find out who holds them: zunic_inspect show --memory."},
     find};
 
 } // namespace Inspect
