@@ -189,7 +189,7 @@ ExitStatus runShow(const ShowOptions& options, std::ostream& out)
     return absent.empty() ? eExitYes : eExitNo;
 }
 
-const Command cShowCommand{"show", "Show interfaces with their providers and users, or who holds memory",
+const Command cShowCommand{"show", "Show interfaces and their links, or who holds memory",
                            "  zunic_inspect show Clock                     every interface of that name\n"
                            "  zunic_inspect show 5                         the interface with that id\n"
                            "  zunic_inspect show Clock --from bus.json     from a saved state\n"

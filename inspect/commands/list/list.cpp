@@ -156,7 +156,7 @@ const Command cListCommand{"list", "List interfaces, processes, memory or messag
                            "  zunic_inspect list processes -c other        processes on another channel\n"
                            "  zunic_inspect list messages --from bus.json  messages of a saved state\n"
                            "  zunic_inspect list messages --to Clock       messages that Clock has to read\n"
-                           "  zunic_inspect list memory -o +FUNCTIONS,MESSAGES,UNKNOWN  who holds the blocks\n",
+                           "  zunic_inspect list memory -o +UNKNOWN        with blocks that nothing refers to\n",
                            addListOptions};
 
 } // namespace Inspect
