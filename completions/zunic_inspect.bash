@@ -38,8 +38,8 @@ _zunic_inspect_names() {
 _zunic_inspect_options() {
   local filters="--role --domain --app --pid --type --state" look="--noheadings --color"
   case $1 in
-  list) echo "-c --channel --from --json --all -o --output --name $filters $look -h --help" ;;
-  show) echo "-c --channel --from --json $look -h --help" ;;
+  list) echo "-c --channel --from --json --all -o --output --name --to --sender $filters $look -h --help" ;;
+  show) echo "-c --channel --from --memory --json --all $look -h --help" ;;
   wait) echo "-c --channel --gone --timeout $filters -h --help" ;;
   top) echo "-c --channel --interval --color -h --help" ;;
   traffic) echo "-c --channel --for --interval --by --json --name $filters $look -h --help" ;;
@@ -77,6 +77,8 @@ _zunic_inspect_value() {
   --state) mapfile -t COMPREPLY < <(compgen -W "registered preregistered any" -- "$word") ;;
   --timeout) mapfile -t COMPREPLY < <(compgen -W "10s 1m none" -- "$word") ;;
   --name | --role | --domain | --app | --pid) _zunic_inspect_offer < <(_zunic_inspect_names "${1#--}") ;;
+  --to | --sender) _zunic_inspect_offer < <(_zunic_inspect_names name) ;;
+  --memory) ;;
   -o | --output)
     [[ $2 == metrics ]] && compopt -o filenames && mapfile -t COMPREPLY < <(compgen -f -- "$word")
     return 0

@@ -62,6 +62,10 @@ TEST_P(InspectScenario, LooksTheSameLiveAndSaved)
                                                  {"list", "messages"},
                                                  {"list", "interfaces", "--json"},
                                                  {"show", "1"},
+                                                 {"show", "--memory", "0"},
+                                                 {"list", "memory", "-o", "+FUNCTIONS,MESSAGES,UNKNOWN"},
+                                                 {"list", "processes", "-o", "+ADDRESSED"},
+                                                 {"list", "-o", "+ADDRESSED,OLDEST"},
                                                  {"list", "-o", "NAME,FUNCTIONS,RECEIVERS,LIVING", "--noheadings"}};
     for (auto words : commands) {
         words.insert(words.end(), {"-c", bus.channelName()});
@@ -76,6 +80,10 @@ TEST_P(InspectScenario, LooksTheSameLiveAndSaved)
     for (const std::string kind : {"interfaces", "communicators", "processes", "memory", "messages"}) {
         writeFile(directory / kind, inspect({"list", kind, "--json", "--from", file}).output);
         EXPECT_EQ(invalidity("bus_list.schema.json", directory / kind), "") << kind;
+    }
+    for (const std::string manager : {"0", "1"}) {
+        writeFile(directory / "holders", inspect({"show", "--memory", manager, "--json", "--from", file}).output);
+        EXPECT_EQ(invalidity("bus_list.schema.json", directory / "holders"), "") << manager;
     }
 }
 

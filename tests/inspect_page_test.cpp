@@ -43,6 +43,9 @@ TEST(PageData, OfNonsenseIsJsonThatCannotEndItsElement)
     EXPECT_EQ(interfaces["receivers"], Json({0, 1, 0}));
     EXPECT_EQ(data["receiver_sets"], Json::parse("[[0,2,7,7,65534,65535],[]]"));
     EXPECT_EQ(data["memory_managers"]["block_size"], Json({"18446744073709551615"}));
+    EXPECT_EQ(data["memory_managers"]["unknown_blocks"], Json({3})) << "one holds the functions";
+    EXPECT_EQ(data["interfaces"]["addressed"], Json({0, 0, 0}));
+    EXPECT_EQ(data["interfaces"]["oldest"], Json({nullptr, nullptr, nullptr}));
     EXPECT_EQ(data["slots"]["receivers"], Json({1, 1}));
     EXPECT_EQ(data["slots"]["chain"],
               Json::parse(R"({"rows":[1],"values":[{"entries":[9,8],"end":"loop","next_index":9}]})"));

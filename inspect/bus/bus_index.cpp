@@ -176,6 +176,21 @@ const Slot* BusIndex::slot(std::uint32_t index) const
     return found == mState.mMessages.mSlots.end() || found->mIndex != index ? nullptr : &*found;
 }
 
+const Backlogs& BusIndex::backlogTable() const
+{
+    return made(mBacklogs, [this] {
+        return backlogs(mState.mMessages, processes().size(), [this](std::uint16_t id) {
+            const Interface* const interface = interfaceWithId(id);
+            return (interface == nullptr ? std::nullopt : processOf(*interface)).value_or(processes().size());
+        });
+    });
+}
+
+const std::vector<BlockHolders>& BusIndex::blockHolders() const
+{
+    return made(mBlockHolders, [this] { return Inspect::blockHolders(mState); });
+}
+
 BusTotals BusIndex::totals() const
 {
     BusTotals totals{.mInterfaces = mState.mInterfaces.size(),

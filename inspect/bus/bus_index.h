@@ -1,6 +1,8 @@
 #ifndef INSPECT_BUS_BUS_INDEX_H
 #define INSPECT_BUS_BUS_INDEX_H
 
+#include "inspect/bus/backlog.h"
+#include "inspect/bus/block_holders.h"
 #include "inspect/bus/bus_state.h"
 
 #include <cstddef>
@@ -91,6 +93,16 @@ public:
 
     /// Null when that slot is not in use.
     const Slot* slot(std::uint32_t index) const;
+    /// Of all interfaces with that id.
+    const Backlog& backlogOf(std::uint16_t id) const { return backlogTable().mInterfaces[id]; }
+    /// Of several interfaces with one id, only the process of the first one has its messages.
+    const Backlog& backlogOf(const BusProcess& process) const
+    {
+        return backlogTable().mProcesses[static_cast<std::size_t>(&process - processes().data())];
+    }
+
+    /// By index of the memory manager.
+    const std::vector<BlockHolders>& blockHolders() const;
 
     BusTotals totals() const;
 
@@ -125,6 +137,7 @@ private:
     void makePlaces() const;
     const Processes& processTable() const;
     const Services& serviceTable() const;
+    const Backlogs& backlogTable() const;
 
     const BusState& mState;
     mutable std::vector<std::size_t> mPlaces;            ///< of the first interface of each id up to the highest
@@ -132,6 +145,8 @@ private:
     mutable std::optional<Holders> mHolders;             ///< by receiver
     mutable std::optional<Processes> mProcesses;
     mutable std::optional<Services> mServices;
+    mutable std::optional<Backlogs> mBacklogs;
+    mutable std::optional<std::vector<BlockHolders>> mBlockHolders;
 };
 
 } // namespace Inspect

@@ -25,8 +25,8 @@ public:
 
     std::string make_option_usage(const CLI::Option* option) const override
     {
-        const std::string name = make_option_name(option, true);
-        return option->get_required() ? name + (option->get_items_expected_max() > 1 ? " ..." : "") : "[" + name + "]";
+        const std::string name = make_option_name(option, true) + (option->get_items_expected_max() > 1 ? " ..." : "");
+        return option->get_required() ? name : "[" + name + "]";
     }
 
     /// Without the options that it excludes: a command line with both is an error that names them.

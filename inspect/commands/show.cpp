@@ -1,11 +1,12 @@
 #include "inspect/commands/show.h"
 
+#include "inspect/bus/message_filter.h"
 #include "inspect/commands/shared_options.h"
 #include "inspect/saved/json_rows.h"
+#include "inspect/view/holders.h"
 #include "inspect/view/interface_tree.h"
 
 #include <algorithm>
-#include <charconv>
 #include <memory>
 #include <utility>
 
@@ -13,21 +14,11 @@ namespace Inspect {
 
 namespace {
 
-/// As a name and, if it is a number, as an id.
-bool fits(const std::string& word, const Interface& interface)
-{
-    std::uint16_t id = 0;
-    const char* const end = word.data() + word.size();
-    const auto [stop, error] = std::from_chars(word.data(), end, id);
-    const bool isId = error == std::errc{} && stop == end;
-    return word == interface.mName || (isId && id == interface.mId);
-}
-
 std::vector<const Interface*> fitting(const std::vector<std::string>& words, const BusState& state)
 {
     std::vector<const Interface*> found;
     for (const Interface& interface : state.mInterfaces) {
-        if (std::ranges::any_of(words, [&](const std::string& word) { return fits(word, interface); })) {
+        if (std::ranges::any_of(words, [&](const std::string& word) { return isCalled(interface, word); })) {
             found.push_back(&interface);
         }
     }
@@ -39,7 +30,7 @@ std::string missing(const std::vector<std::string>& words, const std::vector<con
 {
     std::string text;
     for (const std::string& word : words) {
-        if (std::ranges::none_of(found, [&](const Interface* interface) { return fits(word, *interface); })) {
+        if (std::ranges::none_of(found, [&](const Interface* interface) { return isCalled(*interface, word); })) {
             appendQuoted(text, word);
         }
     }
@@ -52,7 +43,7 @@ Json ownerJson(const BusIndex& index, const Interface& interface)
     return owner == nullptr ? Json() : toJson(*owner);
 }
 
-/// The other side of a connection: who it is, and whose.
+/// An interface beside something else: who it is, and whose.
 Json otherSide(const BusIndex& index, const Interface& interface)
 {
     Interface plain = interface;
@@ -93,10 +84,19 @@ Run addShowOptions(CLI::App& part)
 {
     const auto options = std::make_shared<ShowOptions>();
     addWords(part, options->mWords, "NAME|ID", "Name or id of the interfaces to show");
+    part.get_option("NAME|ID")->required(false);
+    part.add_option("--memory", options->mMemory, "Show who holds the blocks of this memory manager instead")
+        ->type_name("INDEX");
     addSourceOptions(part, options->mSource);
-    part.add_flag("--json", options->mJson, "Print JSON instead of a tree");
+    part.add_flag("--json", options->mJson, "Print JSON instead of a tree or table");
+    part.add_flag("--all", options->mStyle.mIsWhole, "Print lists in cells and lines whole");
     addStyleOptions(part, options->mStyle);
-    return [options](std::ostream& out) { return runShow(*options, out); };
+    return [options](std::ostream& out) {
+        if (options->mWords.empty() != options->mMemory.has_value()) {
+            throw UsageMistake("expected either NAME|ID or --memory (see --help)");
+        }
+        return runShow(*options, out);
+    };
 }
 
 void writeJson(std::ostream& out, const std::vector<const Interface*>& interfaces, const BusIndex& index)
@@ -119,10 +119,61 @@ void writeTrees(std::ostream& out, const std::vector<const Interface*>& interfac
     }
 }
 
+Json referenceJson(const BlockReference& reference, const BusIndex& index)
+{
+    if (reference.mSlot == nullptr) {
+        return {{"range", reference.mRange}, {"functions_of", otherSide(index, *reference.mInterface)}};
+    }
+    const Interface* const sender = index.interfaceWithId(reference.mSlot->mSenderId);
+    return {{"range", reference.mRange},
+            {"message", toJson(*reference.mSlot)},
+            {"sender", sender == nullptr ? Json() : otherSide(index, *sender)}};
+}
+
+void writeMemoryJson(std::ostream& out, std::size_t manager, const BusIndex& index)
+{
+    const BlockHolders& holders = index.blockHolders()[manager];
+    Json json{{"manager", manager}};
+    json.update(toJson(index.state().mMemoryManagers[manager]));
+    json["function_blocks"] = holders.mFunctionBlocks;
+    json["message_blocks"] = holders.mMessageBlocks;
+    json["unknown_blocks"] = holders.mUnknownBlocks;
+    std::string own = jsonText(json);
+    own.pop_back(); // The closing brace.
+    JsonRows rows(out, cListSchema, "memory");
+    rows.begin() << own << ",\"holders\":[";
+    const char* separator = "";
+    for (const BlockReference& reference : holders.mReferences) {
+        out << std::exchange(separator, ",") << jsonText(referenceJson(reference, index));
+    }
+    out << "]}";
+    rows.end();
+}
+
+ExitStatus showMemory(const ShowOptions& options, std::ostream& out)
+{
+    const BusState state = readSource(options.mSource, Wanted::everything());
+    const BusIndex index(state);
+    const std::size_t manager = *options.mMemory;
+    if (manager >= state.mMemoryManagers.size()) {
+        complain("no such memory manager: " + std::to_string(manager));
+        return eExitNo;
+    }
+    if (options.mJson) {
+        writeMemoryJson(out, manager, index);
+    } else {
+        out << holdersTable(manager, index, options.mStyle);
+    }
+    return eExitYes;
+}
+
 } // namespace
 
 ExitStatus runShow(const ShowOptions& options, std::ostream& out)
 {
+    if (options.mMemory) {
+        return showMemory(options, out);
+    }
     const BusState state = readSource(options.mSource, {.mFunctions = true, .mProcesses = true});
     const BusIndex index(state);
     const auto found = fitting(options.mWords, state);
@@ -138,11 +189,12 @@ ExitStatus runShow(const ShowOptions& options, std::ostream& out)
     return absent.empty() ? eExitYes : eExitNo;
 }
 
-const Command cShowCommand{"show", "Show interfaces with their providers and users",
+const Command cShowCommand{"show", "Show interfaces and their links, or who holds memory",
                            "  zunic_inspect show Clock                     every interface of that name\n"
                            "  zunic_inspect show 5                         the interface with that id\n"
                            "  zunic_inspect show Clock --from bus.json     from a saved state\n"
-                           "  zunic_inspect show --json Clock | jq .       as JSON\n",
+                           "  zunic_inspect show --json Clock | jq .       as JSON\n"
+                           "  zunic_inspect show --memory 0                who holds blocks of memory manager 0\n",
                            addShowOptions};
 
 } // namespace Inspect

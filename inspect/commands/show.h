@@ -5,6 +5,8 @@
 #include "inspect/commands/source.h"
 #include "inspect/view/table.h"
 
+#include <cstdint>
+#include <optional>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -14,13 +16,14 @@ namespace Inspect {
 struct ShowOptions
 {
     SourceOptions mSource;
-    std::vector<std::string> mWords; ///< names of interfaces, as they are, or ids
+    std::vector<std::string> mWords;      ///< names of interfaces, as they are, or ids
+    std::optional<std::uint32_t> mMemory; ///< index of a memory manager, instead of interfaces
     TableStyle mStyle;
     bool mJson = false;
 };
 
-/// Shows each interface that one of the words fits. eExitNo when there is a word that fits none. Throws NoChannel,
-/// NoState.
+/// Shows each interface that one of the words fits, or who holds the blocks of the memory manager. eExitNo when there
+/// is a word that fits none, or no such memory manager. Throws NoChannel, NoState.
 ExitStatus runShow(const ShowOptions& options, std::ostream& out);
 
 extern const Command cShowCommand;

@@ -1,5 +1,7 @@
 #include "inspect/findings/rule.h"
 
+#include "inspect/view/holders.h"
+
 namespace Inspect {
 
 namespace {
@@ -21,7 +23,8 @@ void find(const Looks& looks, Report& report)
         report.add(wasFull ? Severity::eError : Severity::eWarning,
                    {SubjectKind::eMemoryManager, static_cast<std::uint32_t>(i), {}},
                    std::to_string(managers[i].mUsedBlocks) + " of " + std::to_string(managers[i].mTotalBlocks) +
-                       " blocks of " + std::to_string(managers[i].mBlockSize) + " bytes");
+                       " blocks of " + std::to_string(managers[i].mBlockSize) + " bytes; " +
+                       holdersText(looks.mNow.blockHolders()[i]));
     }
 }
 
@@ -33,7 +36,7 @@ extern const Rule cPoolFull{
      "No process can get a block of this size: messages are lost and functions cannot be published.",
      "A short burst can fill a pool in both looks. Pools that can grow are not reported, even at their largest size, "
      "which the data do not contain.",
-     "Configure more blocks for this memory manager, or find out which processes hold them."},
+     "Configure more blocks for this memory manager, or find out who holds them: zunic_inspect show --memory."},
     find};
 
 } // namespace Inspect

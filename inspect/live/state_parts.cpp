@@ -3,6 +3,7 @@
 #include "channel/function_names.h"
 
 #include <algorithm>
+#include <atomic>
 #include <map>
 #include <tuple>
 
@@ -236,8 +237,6 @@ void readMessages(oxa_zunic_communication_channel* channel, bool areSlotsWanted,
     }
     messages.mSize = slots.size();
     messages.mReadable = slots.readable();
-    messages.mLastWrittenIndex = Channel::loadShared(header.last_written_index);
-    messages.mWriterCounter = Channel::loadShared(header.writer_counter);
     messages.mTotals[Channel::eSlotStateFree] = slots.size() - slots.readable();
     messages.mSlots.reserve(slots.readable()); // Pages that are not filled cost nothing, and nothing is moved.
     for (std::uint32_t i = 0; i < slots.readable(); ++i) {
@@ -247,6 +246,10 @@ void readMessages(oxa_zunic_communication_channel* channel, bool areSlotsWanted,
             messages.mSlots.push_back(readSlot(slots, *chains, i, head));
         }
     }
+    // After the slots: a message that is sent while they are read would seem to be 65,535 messages old.
+    std::atomic_thread_fence(std::memory_order_acquire);
+    messages.mLastWrittenIndex = Channel::loadShared(header.last_written_index);
+    messages.mWriterCounter = Channel::loadShared(header.writer_counter);
 }
 
 } // namespace Inspect

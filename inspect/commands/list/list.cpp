@@ -1,6 +1,7 @@
 #include "inspect/commands/list/list.h"
 
 #include "channel/snapshot_memory.h"
+#include "inspect/bus/message_filter.h"
 #include "inspect/commands/list/lists.h"
 #include "inspect/commands/shared_options.h"
 #include "inspect/saved/json_rows.h"
@@ -20,6 +21,7 @@ struct ListOptions
     std::string mWhat = cInterfaceList.mWord;
     SourceOptions mSource;
     InterfaceFilter mFilter;
+    MessageWords mMessages;
     std::string mColumns; ///< as chooseColumns takes them
     TableStyle mStyle;
     bool mJson = false;
@@ -53,13 +55,17 @@ const ListKind& kindFor(const std::string& word)
 /// A filter that would do nothing is a mistake.
 void checkFilters(const CLI::App& part, const ListKind& kind)
 {
-    for (const char* const option : {"--name", "--role", "--domain", "--type", "--state", "--app", "--pid"}) {
-        const bool isOfOwner = std::string_view(option) == "--app" || std::string_view(option) == "--pid";
-        const bool isTaken = kind.mFilters == Filters::eAll || (kind.mFilters == Filters::eOwner && isOfOwner);
-        if (part.count(option) > 0 && !isTaken) {
-            throw UsageMistake(std::string(option) + " does not apply to " + kind.mWord);
+    const bool isOfInterfaces = kind.mFilters == Filters::eAll;
+    const auto require = [&](bool isTaken, std::initializer_list<const char*> options) {
+        for (const char* const option : options) {
+            if (part.count(option) > 0 && !isTaken) {
+                throw UsageMistake(std::string(option) + " does not apply to " + kind.mWord);
+            }
         }
-    }
+    };
+    require(isOfInterfaces, {"--name", "--role", "--domain", "--type", "--state"});
+    require(isOfInterfaces || kind.mFilters == Filters::eOwner, {"--app", "--pid"});
+    require(kind.mFilters == Filters::eMessages, {"--to", "--sender"});
 }
 
 /// What the answer will be made of, and no more.
@@ -90,7 +96,11 @@ ExitStatus runList(const ListKind& kind, const ListOptions& options, std::ostrea
     const Channel::SnapshotMemory memory;
     const BusState state = readSource(options.mSource, wantedFor(kind, options, places));
     const BusIndex index(state);
-    const std::vector<ListRow> rows = kind.mRows(index, options.mFilter);
+    std::vector<ListRow> rows = kind.mRows(index, options.mFilter);
+    if (kind.mFilters == Filters::eMessages) {
+        const MessageFilter filter(options.mMessages, state);
+        std::erase_if(rows, [&](const ListRow& row) { return !filter.fits(*row.record<Slot>()); });
+    }
     if (options.mJson) {
         writeJson(out, kind, rows);
     } else if (!rows.empty()) {
@@ -101,6 +111,11 @@ ExitStatus runList(const ListKind& kind, const ListOptions& options, std::ostrea
         return eExitNo;
     }
     return eExitYes;
+}
+
+void addMessageFilter(CLI::App& part, const char* option, std::optional<std::string>& word, const char* meaning)
+{
+    part.add_option(option, word, meaning)->type_name("NAME|ID")->group("Filters");
 }
 
 Run addListOptions(CLI::App& part)
@@ -122,6 +137,8 @@ Run addListOptions(CLI::App& part)
         ->type_name("PATTERN")
         ->group("Filters");
     addFilterOptions(part, options->mFilter);
+    addMessageFilter(part, "--to", options->mMessages.mReceiver, "Only messages to this interface");
+    addMessageFilter(part, "--sender", options->mMessages.mSender, "Only messages from this interface");
     part.footer(columnsHelp());
     return [options, &part](std::ostream& out) {
         const ListKind& kind = kindFor(options->mWhat);
@@ -137,7 +154,9 @@ const Command cListCommand{"list", "List interfaces, processes, memory or messag
                            "  zunic_inspect list --name Clock -o ROLE,APP  providers and users of Clock\n"
                            "  zunic_inspect list --type stub --app 'nav*'  interfaces that nav* uses\n"
                            "  zunic_inspect list processes -c other        processes on another channel\n"
-                           "  zunic_inspect list messages --from bus.json  messages of a saved state\n",
+                           "  zunic_inspect list messages --from bus.json  messages of a saved state\n"
+                           "  zunic_inspect list messages --to Clock       messages that Clock has to read\n"
+                           "  zunic_inspect list memory -o +UNKNOWN        with blocks that nothing refers to\n",
                            addListOptions};
 
 } // namespace Inspect

@@ -15,6 +15,8 @@ namespace {
 
 constexpr Wanted cProcesses{.mProcesses = true};
 constexpr Wanted cFunctions{.mFunctions = true};
+constexpr Wanted cMessages{.mMessages = true};
+constexpr Wanted cHolders = cFunctions | cMessages;
 
 /// The column of a member, headed and shown as the field table has it.
 template <typename Record, typename Value>
@@ -34,7 +36,7 @@ std::vector<ListRow> interfaceRows(const BusIndex& index, const InterfaceFilter&
     for (const Interface& interface : index.state().mInterfaces) {
         if (const Communicator* const owner = index.ownerOf(interface); filter.fits(interface, owner)) {
             const Process* const process = owner == nullptr ? nullptr : &owner->mProcess;
-            rows.push_back({interface.mId, {&interface, owner, process, {}, {}, {}}});
+            rows.push_back({interface.mId, &index, {&interface, owner, process, {}, {}, {}}});
         }
     }
     return rows;
@@ -57,6 +59,21 @@ Cell receiverCountCell(const ListRow& row)
     return numberCell(row.record<Interface>()->mReceivers.size());
 }
 
+const Backlog& backlogOf(const ListRow& row)
+{
+    return row.mIndex->backlogOf(row.record<Interface>()->mId);
+}
+
+Cell addressedCell(const ListRow& row)
+{
+    return numberCell(backlogOf(row).mMessages);
+}
+
+Cell oldestCell(const ListRow& row)
+{
+    return backlogOf(row).mMessages == 0 ? Cell{} : numberCell(backlogOf(row).mSinceOldest);
+}
+
 const std::vector<Column> cInterfaceColumns{
     column(&Interface::mId, "id of the interface"),
     column(&Interface::mName, "its name"),
@@ -70,6 +87,10 @@ const std::vector<Column> cInterfaceColumns{
            cFunctions),
     column("RECEIVERS", "number of interfaces in its receiver set", ColumnKind::eNumber, receiverCountCell,
            Shown::eOnRequest),
+    column("ADDRESSED", "number of messages in the storage addressed to it", ColumnKind::eNumber, addressedCell,
+           Shown::eOnRequest, cMessages),
+    column("OLDEST", "messages sent since the oldest of these, modulo 65,536", ColumnKind::eNumber, oldestCell,
+           Shown::eOnRequest, cMessages),
     column(&Communicator::mProcessId, "id of its process"),
     column(&Process::mLiving, "whether its process is alive", Shown::eOnRequest, cProcesses),
     column(&Process::mApplication, "application of its process", Shown::eAlways, cProcesses),
@@ -85,6 +106,7 @@ std::vector<ListRow> communicatorRows(const BusIndex& index, const InterfaceFilt
     for (const Communicator& communicator : index.state().mCommunicators) {
         if (filter.mOwner.fits(&communicator)) {
             rows.push_back({communicator.mId,
+                            &index,
                             {{}, &communicator, &communicator.mProcess, {}, {}, {}},
                             interfaces[communicator.mId]});
         }
@@ -109,7 +131,7 @@ std::vector<ListRow> processRows(const BusIndex& index, const InterfaceFilter& f
     for (const BusProcess& process : index.processes()) {
         const Communicator* const last = process.mCommunicators.back(); // All name the same process.
         if (filter.mOwner.fits(process.id(), last->mProcess)) {
-            rows.push_back({process.id(), {{}, last, &last->mProcess, &process, {}, {}}});
+            rows.push_back({process.id(), &index, {{}, last, &last->mProcess, &process, {}, {}}});
         }
     }
     std::ranges::sort(rows, {}, &ListRow::mKey);
@@ -162,6 +184,10 @@ const std::vector<Column> cProcessColumns{
            [](const ListRow& row) { return numberCell(countProvided(row)); }),
     column("USES", "number of interfaces it uses: registered stubs", ColumnKind::eNumber,
            [](const ListRow& row) { return numberCell(countUsed(row)); }),
+    column(
+        "ADDRESSED", "number of messages addressed to its interfaces", ColumnKind::eNumber,
+        [](const ListRow& row) { return numberCell(row.mIndex->backlogOf(*row.record<BusProcess>()).mMessages); },
+        Shown::eOnRequest, cMessages),
     Column{"COMMUNICATORS", "ids of its communicators", ColumnKind::eList,
            [](const ListRow& row, ListLength length) { return idsCell(communicatorIds(row), length); }},
     column(&Process::mApplication, "its application", Shown::eAlways, cProcesses),
@@ -171,9 +197,18 @@ std::vector<ListRow> memoryRows(const BusIndex& index, const InterfaceFilter& /*
 {
     std::vector<ListRow> rows;
     for (const Channel::MemoryManagerFigures& figures : index.state().mMemoryManagers) {
-        rows.push_back({static_cast<std::uint32_t>(rows.size()), {{}, {}, {}, {}, &figures, {}}});
+        rows.push_back({static_cast<std::uint32_t>(rows.size()), &index, {{}, {}, {}, {}, &figures, {}}});
     }
     return rows;
+}
+
+/// A column of a number of blocks, by who holds them.
+Column holderColumn(const char* name, const char* meaning, std::uint64_t BlockHolders::*blocks)
+{
+    const auto cell = [blocks](const ListRow& row, ListLength /*none*/) {
+        return numberCell(row.mIndex->blockHolders()[row.mKey].*blocks);
+    };
+    return {name, meaning, ColumnKind::eNumber, cell, Shown::eOnRequest, cHolders};
 }
 
 const std::vector<Column> cMemoryColumns{
@@ -188,6 +223,9 @@ const std::vector<Column> cMemoryColumns{
            [](const ListRow& row) { return freeBlocksCell(*row.record<Channel::MemoryManagerFigures>()); }),
     column("USE%", "share of blocks in use", ColumnKind::eNumber,
            [](const ListRow& row) { return usedShareCell(*row.record<Channel::MemoryManagerFigures>()); }),
+    holderColumn("FUNCTIONS", "used blocks that hold functions of interfaces", &BlockHolders::mFunctionBlocks),
+    holderColumn("MESSAGES", "used blocks that hold external data of messages", &BlockHolders::mMessageBlocks),
+    holderColumn("UNKNOWN", "used blocks that nothing visible refers to", &BlockHolders::mUnknownBlocks),
 };
 
 std::vector<ListRow> messageRows(const BusIndex& index, const InterfaceFilter& /*none*/)
@@ -195,7 +233,7 @@ std::vector<ListRow> messageRows(const BusIndex& index, const InterfaceFilter& /
     std::vector<ListRow> rows;
     rows.reserve(index.state().mMessages.mSlots.size());
     for (const Slot& slot : index.state().mMessages.mSlots) {
-        rows.push_back({slot.mIndex, {index.interfaceWithId(slot.mSenderId), {}, {}, {}, {}, &slot}});
+        rows.push_back({slot.mIndex, &index, {index.interfaceWithId(slot.mSenderId), {}, {}, {}, {}, &slot}});
     }
     return rows;
 }
@@ -261,7 +299,8 @@ const ListKind cMemoryList{
     {},       cMemoryColumns,   memoryRows,     recordJson<Channel::MemoryManagerFigures>,
 };
 const ListKind cMessageList{
-    "messages", "message slot", Filters::eNone, {.mMessages = true}, {}, cMessageColumns, messageRows, recordJson<Slot>,
+    "messages", "message slot",  Filters::eMessages, {.mMessages = true},
+    {},         cMessageColumns, messageRows,        recordJson<Slot>,
 };
 
 void writeTable(std::ostream& out, const ListKind& kind, const std::vector<ListRow>& rows,

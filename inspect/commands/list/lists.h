@@ -28,7 +28,8 @@ struct ListRow
         return std::get<const Record*>(mRecords);
     }
 
-    std::uint32_t mKey = 0; ///< what its first column shows
+    std::uint32_t mKey = 0;           ///< what its first column shows
+    const BusIndex* mIndex = nullptr; ///< of the state that it is of
     /// Of a slot: its sender, too. Of an interface: its owner and that one's process, too.
     std::tuple<const Interface*, const Communicator*, const Process*, const BusProcess*,
                const Channel::MemoryManagerFigures*, const Slot*>
@@ -44,7 +45,8 @@ enum class Filters : std::uint8_t
 {
     eNone,
     eOwner,
-    eAll
+    eAll,
+    eMessages ///< none of it, but a MessageFilter
 };
 
 /// Something that can be listed.

@@ -1,5 +1,6 @@
 #include "inspect/commands/page/page_data.h"
 
+#include "inspect/bus/bus_index.h"
 #include "inspect/bus/fields.h"
 #include "inspect/saved/record_json.h"
 
@@ -63,18 +64,29 @@ public:
 
     void write(const BusState& state, const std::vector<Finding>& findings)
     {
+        const BusIndex index(state);
         std::vector<Process> processes;
         processes.reserve(state.mCommunicators.size());
         std::ranges::transform(state.mCommunicators, std::back_inserter(processes), &Communicator::mProcess);
         object([&] {
             member("state", toJson(state));
             member("no_communicator", Channel::cNoCommunicator);
-            table("interfaces", [&] { columns(state.mInterfaces); });
+            table("interfaces", [&] {
+                columns(state.mInterfaces);
+                backlogColumns(state.mInterfaces,
+                               [&](const Interface& interface) { return index.backlogOf(interface.mId); });
+            });
             table("communicators", [&] {
                 columns(state.mCommunicators);
                 columns(processes);
+                backlogColumns(state.mCommunicators, [&](const Communicator& communicator) {
+                    return index.backlogOf(index.processes()[*index.processWithId(communicator.mProcessId)]);
+                });
             });
-            table("memory_managers", [&] { columns(state.mMemoryManagers); });
+            table("memory_managers", [&] {
+                columns(state.mMemoryManagers);
+                holderColumns(index.blockHolders());
+            });
             member("message_storage", toJson(state.mMessages));
             table("slots", [&] { columns(state.mMessages.mSlots); });
             key("receiver_sets");
@@ -216,6 +228,29 @@ private:
                 array(records, field.mMember);
             }
         });
+    }
+
+    /// The messages that address each record, and how many were sent since the oldest of them.
+    template <typename Records, typename BacklogOf>
+    void backlogColumns(const Records& records, BacklogOf backlogOf)
+    {
+        key("addressed");
+        array(records, [&](const auto& record) { return backlogOf(record).mMessages; });
+        key("oldest");
+        array(records, [&](const auto& record) {
+            const Backlog backlog = backlogOf(record);
+            return backlog.mMessages == 0 ? std::nullopt : std::optional<std::uint32_t>(backlog.mSinceOldest);
+        });
+    }
+
+    void holderColumns(const std::vector<BlockHolders>& holders)
+    {
+        key("function_blocks");
+        array(holders, &BlockHolders::mFunctionBlocks);
+        key("message_blocks");
+        array(holders, &BlockHolders::mMessageBlocks);
+        key("unknown_blocks");
+        array(holders, &BlockHolders::mUnknownBlocks);
     }
 
     /// Its words by number, and a number for each record.

@@ -79,7 +79,7 @@ std::vector<ListRow> TrafficTable::rows(const BusIndex& index) const
     for (const auto& [route, figures] : tally.senders()) {
         const Interface* const interface = index.interfaceWithId(route.mSenderId);
         const Communicator* const owner = interface == nullptr ? nullptr : index.ownerOf(*interface);
-        rows.push_back({route.mSenderId, {interface, owner, {}, {}, {}, {}}, 0, &figures, &tally});
+        rows.push_back({route.mSenderId, &index, {interface, owner, {}, {}, {}, {}}, 0, &figures, &tally});
     }
     std::ranges::sort(rows, {}, &ListRow::mKey);
     return rows;

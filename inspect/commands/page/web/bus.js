@@ -68,8 +68,9 @@ class ReceiverSet {
 const sets = data.receiver_sets.map(runs => new ReceiverSet(runs));
 
 class Process {
-  constructor(place, { pid, application, started_ms_after_boot: started, living }) {
-    Object.assign(this, { kind: 'process', place, key: String(pid), pid, started, living, communicators: [], interfaces: [] });
+  constructor(place, { pid, application, started_ms_after_boot: started, living, addressed, oldest }) {
+    Object.assign(this, { kind: 'process', place, key: String(pid), pid, started, living, addressed, oldest });
+    Object.assign(this, { communicators: [], interfaces: [] });
     this.application = application === null ? null : shown(application);
     this.label = this.application || `process ${pid}`;
   }
@@ -103,8 +104,8 @@ const absentById = new Map();
 
 class Interface {
   constructor(place, record) {
-    const { id, type, version, state, communicator, functions, functions_cut: functionsCut } = record;
-    Object.assign(this, { kind: 'interface', place, id, type, version, state });
+    const { id, type, version, state, communicator, functions, functions_cut: functionsCut, addressed, oldest } = record;
+    Object.assign(this, { kind: 'interface', place, id, type, version, state, addressed, oldest });
     // Ids are unique unless the bus is damaged: the second interface of an id gets a key of its own.
     const same = withId(id).length;
     this.key = same === 0 ? String(id) : `${id}.${same + 1}`;

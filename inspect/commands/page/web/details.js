@@ -39,6 +39,9 @@ function functionsOf({ functions, functionsAreCut }) {
     : html('ol', { start: 0, class: 'functions' }, ...functions.map(one => html('li', {}, nameElement(one))), ...more);
 }
 
+const backlogText = ({ addressed, oldest }) => oldest === null ? 'none addressed'
+  : `${numberText(addressed)} addressed, ${numberText(oldest)} sent since the oldest`;
+
 const interfaceFacts = face => facts([
   ['Name', nameElement(face.name)],
   ['Role', nameElement(face.role)],
@@ -49,7 +52,7 @@ const interfaceFacts = face => facts([
   ['Version', face.version],
   ['Process', processLink(face.process)],
   ['Communicator', face.communicator === null ? 'none' : String(face.communicator)],
-  ['Messages', filterLink('messages', `sender:${face.id}`, 'sent'), ' ', filterLink('messages', `to:${face.id}`, 'to receive')],
+  ['Messages', filterLink('messages', `sender:${face.id}`, 'sent'), ' ', filterLink('messages', `to:${face.id}`, 'to receive'), ` (${backlogText(face)})`],
   ['Function storage', face.storage],
   ['Functions', functionsOf(face)]
 ]);
@@ -60,13 +63,16 @@ const processFacts = process => facts([
   ['Living', livingCell(process)],
   ['Started', process.started === null ? 'unknown' : `${startedText(process)} s after boot`],
   ['Communicators', process.communicators.map(one => one.state === 'registered' ? one.id : `${one.id} (${one.state})`).join(', ')],
-  ['Interfaces', filterLink('interfaces', `pid:${process.pid}`, countText(process.interfaces.length, 'interface'))]
+  ['Interfaces', filterLink('interfaces', `pid:${process.pid}`, countText(process.interfaces.length, 'interface'))],
+  ['Messages', backlogText(process)]
 ]);
 
 const memoryFacts = manager => facts([
   ['Use', usage(manager)],
   ['Block size', `${numberText(manager.block_size)} bytes`],
   ['Used blocks', numberText(manager.used_blocks)],
+  ['Held by', `functions ${numberText(manager.function_blocks)}, messages ${numberText(manager.message_blocks)}, `
+    + `unknown ${numberText(manager.unknown_blocks)}`],
   ['Total blocks', numberText(manager.total_blocks)],
   ['Initial blocks', numberText(manager.initial_blocks)],
   ['Additional blocks', numberText(manager.additional_blocks)]

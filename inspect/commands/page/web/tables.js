@@ -138,6 +138,8 @@ const interfaceTable = new Table('Interfaces', interfaces, [
   new NameColumn('app', 'Application', face => (face.process && face.process.application) || ''),
   new NumberColumn('providers', 'Providers', face => face.providers.length),
   new NumberColumn('users', 'Users', face => face.receivers.ids.length),
+  new NumberColumn('addressed', 'Addressed', face => face.addressed),
+  new NumberColumn('oldest', 'Sent since oldest', face => face.oldest),
   new IdColumn('communicator', 'Communicator', face => face.communicator, { isHidden: true })
 ], { one: 'interface', hint: 'Finds rows that contain all words; type:stub, app:nav or pid:1234 searches one column.' });
 
@@ -150,6 +152,8 @@ const processTable = new Table('Processes', processes, [
   new NumberColumn('started', 'Started (s after boot)', process => process.started, { text: startedText }),
   new NumberColumn('provides', 'Provides', process => process.registered('skeleton')),
   new NumberColumn('uses', 'Uses', process => process.registered('stub')),
+  new NumberColumn('addressed', 'Addressed', process => process.addressed),
+  new NumberColumn('oldest', 'Sent since oldest', process => process.oldest),
   new Column('communicators', 'Communicators', process => process.communicators.map(one => one.id).join(' '))
 ], { one: 'process', many: 'processes', hint: 'Finds rows that contain all words; living:no searches one column.' });
 
@@ -177,9 +181,12 @@ const memoryTable = new Table('Memory managers', memory, [
   new NumberColumn('additional', 'Additional', manager => manager.additional_blocks),
   new NumberColumn('total', 'Total', manager => manager.total_blocks),
   new NumberColumn('used', 'Used', manager => manager.used_blocks),
+  new NumberColumn('functions', 'Functions', manager => manager.function_blocks),
+  new NumberColumn('messages', 'Messages', manager => manager.message_blocks),
+  new NumberColumn('unknown', 'Unknown', manager => manager.unknown_blocks),
   new NumberColumn('free', 'Free', manager => manager.free),
   new NumberColumn('use', 'Use', manager => manager.share, { text: shareText, cell: usage, width: 220 })
-], { one: 'memory manager', hint: 'The line in a bar marks the initial number of blocks.' });
+], { one: 'memory manager', hint: 'Functions, messages and unknown: what holds the used blocks. The line in a bar marks the initial number.' });
 
 const senderName = slot => slot.sender ? slot.sender.name : '';
 
