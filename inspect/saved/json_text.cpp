@@ -57,7 +57,7 @@ void appendEscaped(std::string& text, unsigned character)
 
 std::string jsonText(const ZunicJson::Json& value, int indent)
 {
-    const std::string dumped = value.dump(indent);
+    std::string dumped = value.dump(indent);
     std::string text;
     // Outside its strings, JSON is ASCII without DEL.
     for (std::string_view rest = dumped; !rest.empty();) {
