@@ -66,7 +66,11 @@ TEST_P(InspectScenario, LooksTheSameLiveAndSaved)
                                                  {"list", "memory", "-o", "+FUNCTIONS,MESSAGES,UNKNOWN"},
                                                  {"list", "processes", "-o", "+ADDRESSED"},
                                                  {"list", "-o", "+ADDRESSED,OLDEST"},
-                                                 {"list", "-o", "NAME,FUNCTIONS,RECEIVERS,LIVING", "--noheadings"}};
+                                                 {"list", "-o", "NAME,FUNCTIONS,RECEIVERS,LIVING", "--noheadings"},
+                                                 {"list", "-o", "NAME,LIVING"},
+                                                 {"list", "-o", "NAME,APP"},
+                                                 {"list", "-o", "ID,FUNCTIONS"},
+                                                 {"list", "communicators", "-o", "INTERFACES,STARTED"}};
     for (auto words : commands) {
         words.insert(words.end(), {"-c", bus.channelName()});
         const ProgramResult live = inspect(words);
@@ -223,6 +227,7 @@ TEST(Inspect, TellsAChannelThatIsOfNoUse)
     const std::span<std::byte> bytes = channel.bytes();
     std::fill(bytes.begin() + ZunicFormat::cSuperblockSize, bytes.end(), std::byte{0xA5});
     EXPECT_EQ(inspect({"save", "-", "-c", channel.name()}).status, eNoChannel);
+    expectComplaint(inspect({"wait", "Clock", "--gone", "-c", channel.name(), "--timeout", "0"}), eTimeIsUp, "channel");
     ASSERT_EQ(truncate(("/dev/shm/zunic." + channel.name()).c_str(), 4096), 0);
     expectComplaint(inspect({"list", "-c", channel.name()}), eNoChannel, "no usable channel");
 }
@@ -253,6 +258,18 @@ TEST(Inspect, TellsAFileThatIsNoState)
     writeFile(file, whole);
     const ProgramResult piped = inspectInShell("\"$0\" list memory --from - <\"$1\"", file);
     EXPECT_TRUE(piped.status == eYes && piped.output == inspect({"list", "memory", "--from", file}).output);
+}
+
+TEST(Inspect, ChecksAChannelTwiceUnlessToldNotTo)
+{
+    HostedChannel channel = HostedChannel::create({.name = uniqueChannelName()});
+    channel.lock().registerInterface({.interfaceName = "Late",
+                                      .type = InstanceType::skeleton,
+                                      .state = ZunicHosting::RegistrationState::preregistered});
+    for (const std::string again : {"1ms", "0", "none"}) {
+        const std::string told = inspect({"check", "-c", channel.name(), "--again", again}).output;
+        EXPECT_EQ(told.find("stuck-required") != std::string::npos, again == "1ms") << told;
+    }
 }
 
 TEST(Inspect, AbbreviatesInComplaintsWhatIsTooLongToRead)
@@ -307,6 +324,30 @@ TEST(InspectWait, SeesWhatComesGoesAndIsHostedAnew)
     channel.reset();
     EXPECT_EQ(goneWaiting.wait(), eYes) << goneWaiting.errors();
     expectComplaint(inspect({"wait", "Clock", "-c", name, "--timeout", "0"}), eTimeIsUp, "no usable channel");
+}
+
+/// What a saved state of a scenario tells each time, of any machine and version.
+nlohmann::json lasting(const std::string& state)
+{
+    nlohmann::json json = nlohmann::json::parse(state);
+    for (const char* const member : {"channel", "taken_at", "host", "boot_id", "program_version", "mutex_held_ns"}) {
+        json.erase(member);
+    }
+    for (auto& communicator : json["communicators"]) {
+        for (const char* const number : {"pid", "started_ms_after_boot"}) {
+            communicator[number] = communicator[number].type_name();
+        }
+    }
+    return json;
+}
+
+TEST(InspectSave, OfAScenarioIsWhatEarlierVersionsSaved)
+{
+    for (const std::string scenario : {"/small.json", "/sick.json"}) {
+        const LiveBus bus(SCENARIO_DIR + scenario);
+        EXPECT_EQ(lasting(inspect({"save", "-", "-c", bus.channelName()}).output),
+                  lasting(readFile(EXPECTED_DIR "/../saved/1.0.0" + scenario)));
+    }
 }
 
 TEST(InspectSave, OfABusThatChurnsIsWhole)

@@ -73,6 +73,23 @@ TEST(Follower, HasNothingToShowOfAChannelThatIsGoneAndANewStateWhenItIsBack)
     }
 }
 
+TEST(Follower, SeesAPoolThatGrowsAndNotWhatIsUsedOfIt)
+{
+    auto channel = ZunicHosting::HostedChannel::create(
+        {.name = TestSupport::uniqueChannelName(),
+         .memoryManagers = {{.blockSize = 64, .initialBlocks = 2, .additionalBlocks = 3, .maximumBlocks = 5}}});
+    BusFollower follower(channel.name(), BusFollower::Past::eRemembered);
+    follower.look(cFollowed);
+    const auto first = follower.now();
+    ASSERT_NE(first, nullptr);
+    for (const std::uint32_t blocks : {2U, 2U, 5U}) {
+        channel.lock().allocateBlock(0);
+        follower.look(cFollowed);
+        EXPECT_EQ(follower.now() == first, blocks == 2);
+        EXPECT_EQ(follower.now()->mMemoryManagers.at(0).mTotalBlocks, blocks);
+    }
+}
+
 std::size_t countLiving(const BusState& state)
 {
     return static_cast<std::size_t>(std::ranges::count(state.mCommunicators, Living::eYes,

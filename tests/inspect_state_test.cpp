@@ -9,9 +9,13 @@
 
 #include "zunic_hosting/hosted_channel.h"
 
+#include <ctime>
+#include <fstream>
 #include <gmock/gmock.h>
 #include <sstream>
+#include <sys/prctl.h>
 #include <sys/stat.h>
+#include <sys/utsname.h>
 
 using namespace Inspect;
 using testing::ElementsAre;
@@ -70,6 +74,62 @@ TEST(BusState, OfALiveBusIsSavedWholeForItsOwnerAlone)
     EXPECT_TRUE(readBack(TestSupport::readFile(file)) == state);
     EXPECT_EQ(TestSupport::invalidity("bus_state.schema.json", file), "");
     EXPECT_THROW(save(directory / "missing/state.json"), NotSaved);
+}
+
+TEST(BusState, IsInTheOrderOfIdsAndLeavesNothingOut)
+{
+    using ZunicHosting::RegistrationState;
+    auto channel = ZunicHosting::HostedChannel::create({.name = TestSupport::uniqueChannelName()});
+    for (const std::uint16_t id : std::initializer_list<std::uint16_t>{7, 3, 5}) {
+        channel.lock().registerInterface({.interfaceName = std::to_string(id), .id = id});
+    }
+    const std::pair<std::uint16_t, RegistrationState> communicators[] = {{9, RegistrationState::unregistered},
+                                                                         {4, RegistrationState::preregistered},
+                                                                         {8, RegistrationState::invalid},
+                                                                         {2, RegistrationState::registered}};
+    for (const auto& [id, state] : communicators) {
+        channel.lock().registerCommunicator(4294967295U - id, id, state);
+    }
+    const BusState state = takeState(channel.name(), Wanted::everything());
+
+    std::string told;
+    for (const Interface& interface : state.mInterfaces) {
+        told += std::to_string(interface.mId) + interface.mName + ' ';
+    }
+    for (const Communicator& one : state.mCommunicators) {
+        EXPECT_TRUE(one.mProcess == (Process{{}, {}, Living::eNo})) << one.mProcessId;
+        told += std::to_string(one.mId) + ':' + std::to_string(one.mState) + ' ';
+    }
+    EXPECT_EQ(told, "33 55 77 9:2 4:3 8:0 2:1 ");
+    std::string bootId;
+    std::ifstream("/proc/sys/kernel/random/boot_id") >> bootId;
+    utsname names{};
+    ASSERT_EQ(uname(&names), 0);
+    EXPECT_TRUE(state.mChannel == channel.name() && state.mBootId == bootId && state.mHost == names.nodename);
+}
+
+TEST(Process, IsKnownByItsId)
+{
+    const auto sinceBoot = [] {
+        timespec now{};
+        clock_gettime(CLOCK_BOOTTIME, &now);
+        return std::chrono::seconds(now.tv_sec) + std::chrono::milliseconds(now.tv_nsec / 1'000'000);
+    };
+    const TestSupport::Gate named;
+    const auto before = sinceBoot();
+    TestSupport::ForkedChild child([&] {
+        prctl(PR_SET_NAME, "a) Z 1 (b");
+        return named.open() ? pause() : 1;
+    });
+    ASSERT_TRUE(named.await());
+    const Process process = lookUpProcess(static_cast<std::uint32_t>(child.processId()));
+    EXPECT_EQ(process.mLiving, Living::eYes);
+    ASSERT_TRUE(process.mStartedAfterBoot);
+    EXPECT_GE(*process.mStartedAfterBoot, before - std::chrono::milliseconds(20)) << "a tick is 10 ms";
+    EXPECT_LE(*process.mStartedAfterBoot, sinceBoot());
+    for (const std::uint32_t nobody : {0U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU}) {
+        EXPECT_TRUE(lookUpProcess(nobody) == (Process{{}, {}, Living::eNo})) << nobody;
+    }
 }
 
 TEST(BusState, OfAProcessThatExitsDuringTheLookIsReadAllTheSame)

@@ -157,6 +157,7 @@ TEST(WatchCommand, PrintsTimesThatNeverGoBack)
 TEST(WatchCommand, WaitsForAFinding)
 {
     WatchedBus bus(TestSupport::uniqueChannelName());
+    bus.add("Teapot", ZunicHosting::InstanceType::stub); // Has no provider, which is another finding.
     const auto words = [&](const std::string& time) {
         return inspectWords(
             {"watch", "-c", bus.mChannel.name(), "--until", "dead-process", "--interval", "10ms", "--for", time});

@@ -55,6 +55,12 @@ TEST(Scenario, MistakesAreOneLineWithPlaceAndExpectation)
     const std::string first = "f.json: processes[0].communicators[0].interfaces[0].";
     expectMistake(withInterface(R"({"name": ")" + std::string(256, 'x') + "\"}"),
                   first + "name: expected at most 255 bytes, not 256");
+    const auto withType = [](std::size_t length) {
+        return withInterface(R"({"name": "n", "role": "r", "type": ")" + std::string(length, 'x') + "\"}");
+    };
+    const std::string typeExpected = first + R"(type: expected one of "skeleton", "stub", "undefined", not ")";
+    expectMistake(withType(58), typeExpected + std::string(58, 'x') + '"');
+    expectMistake(withType(59), typeExpected + std::string(59, 'x') + "...");
     for (const std::string version : {"1.2", "1.2.3.4", "1.2.3 ", "1.2.65536", "1..3", "-1.2.3"}) {
         expectMistake(withInterface(R"({"name": "n", "role": "r", "type": "stub", "version": ")" + version + "\"}"),
                       first + "version: expected a version like \"1.0.3\"");

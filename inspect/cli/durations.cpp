@@ -25,7 +25,7 @@ std::optional<milliseconds> readDuration(const char* option, const std::string& 
     const CLI::AsNumberWithUnit inMilliseconds(units, CLI::AsNumberWithUnit::UNIT_REQUIRED);
     std::string number = text; // The validator puts the number in place of the text.
     try {
-        if (text.find_first_of("+-") == std::string::npos && inMilliseconds(number).empty()) {
+        if (text.find_first_of("0123456789") == 0 && inMilliseconds(number).empty()) {
             return milliseconds(std::stoul(number));
         }
     } catch (const CLI::ValidationError&) {
