@@ -69,3 +69,30 @@ TEST_F(Hosting, takesBackWhateverAnInterfaceHad)
     EXPECT_EQ(errorOf([&] { mLock.connect(1, 0); }), ENOENT);
     EXPECT_EQ(mLock.registerInterface({}), 1) << "the lowest unused id";
 }
+
+TEST_F(Hosting, registersNoIdTwiceAndNoNameThatDoesNotFit)
+{
+    EXPECT_EQ(mLock.registerCommunicator(7, 3), 3);
+    EXPECT_EQ(errorOf([&] { mLock.registerCommunicator(8, 3); }), EEXIST);
+    EXPECT_EQ(mLock.registerInterface({.interfaceName = "a", .id = 3}), 3);
+    EXPECT_EQ(errorOf([&] { mLock.registerInterface({.interfaceName = "b", .id = 3}); }), EEXIST);
+    EXPECT_EQ(errorOf([&] { mLock.registerInterface({.interfaceName = std::string(256, 'n')}); }), -1);
+    const std::uint16_t longest = mLock.registerInterface({.interfaceName = std::string(255, 'n')});
+    EXPECT_EQ(std::string(mRegistry.interfaces[1].interfaceName), std::string(255, 'n'));
+    mLock.connect(3, longest);
+    mLock.unregisterInterface(longest);
+    // A process that died meanwhile has left a link to it.
+    auto& registry = const_cast<ZunicFormat::Registry&>(mRegistry);
+    registry.interfaces[0].receivers[longest / 64] |= 1ULL << (longest % 64);
+    EXPECT_EQ(mLock.registerInterface({}), longest);
+    EXPECT_THAT(mRegistry.interfaces[0].receivers, Each(0));
+}
+
+TEST(MemoryManagerRecord, hasNoMoreBlocksThanItMayGrowTo)
+{
+    oxa_memory_manager_record record;
+    EXPECT_EQ(oxa_memory_manager_initialize(&record, 8, 4, 0, 4), 0);
+    EXPECT_EQ(oxa_memory_manager_initialize(&record, 8, 5, 0, 4), EINVAL);
+    EXPECT_EQ(oxa_memory_manager_initialize(&record, 0, 4, 0, 4), EINVAL);
+    EXPECT_EQ(oxa_memory_manager_initialize(nullptr, 8, 4, 0, 4), EINVAL);
+}

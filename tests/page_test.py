@@ -12,6 +12,7 @@ import sys
 import tempfile
 import time
 import unittest
+import urllib.parse
 
 from selenium import webdriver
 from selenium.webdriver.chrome.service import Service
@@ -19,6 +20,34 @@ from selenium.webdriver.common.by import By
 from selenium.webdriver.common.keys import Keys
 
 INSPECT, DEMO_BUS, SCENARIO_DIR = sys.argv[1:4]
+HERE = os.path.dirname(os.path.abspath(__file__))
+
+# All that the page says, as lines. Names in the drawing are cut to fit the font: those are read from their tooltips.
+ALL_TEXTS = r"""
+    const text = node => node.textContent.replace(/ +$/, '');
+    const each = (selector, of) => Array.from(document.querySelectorAll(selector), of);
+    const address = element => element.getAttribute('href') || '-';
+    const said = {
+        head: () => [document.title, ...each('#facts > div', div => Array.from(div.children, text).join(': ')), text(document.querySelector('#findings-title')),
+                     ...each('#findings li', item => `${text(item)} -> ${Array.from(item.querySelectorAll('a'), address)}`), ...each('nav a', text)],
+        list: () => [text(document.querySelector('#count')), text(document.querySelector('#hint')), ...each('thead tr, tbody tr',
+                     row => Array.from(row.cells, cell => text(cell) + (cell.querySelector('.badge') ? ` (${cell.querySelector('.badge').className})` : '')).join(' | '))],
+        legend: () => each('#map li', text),
+        chosen: () => [text(document.querySelector('#chosen-title')), ...each('#details dt', title => {
+                           const values = [];
+                           for (let next = title.nextElementSibling; next && next.tagName === 'DD'; next = next.nextElementSibling) {
+                               values.push(text(next), ...Array.from(next.querySelectorAll('a'), link => `<${address(link)}>`),
+                                           ...Array.from(next.querySelectorAll('ol'), list => `from ${list.start}`));
+                           }
+                           return `  ${text(title)}: ${values.join(' ')}`;
+                       }),
+                       ...each('#picture g.box', box => `  ${box.getAttribute('class')}: ${Array.from(box.querySelectorAll('a, .node'),
+                           node => `${node.getAttribute('class')} "${node.getAttribute('aria-label') || text(node)}" <${address(node)}>`).join(', ')}`),
+                       ...each('#picture title', text), ...each('#picture path.edge', edge => `  ${edge.getAttribute('class')} ${edge.getAttribute('marker-end')}`)],
+        order: () => [each('tbody tr', row => text(row.cells[0])).join(' ')],
+    };
+    return said[arguments[0]]().map(line => line.replace(/\n/g, ' / '));
+    """
 
 
 def interface(number, name, **more):
@@ -151,6 +180,64 @@ class Page(unittest.TestCase):
         return self.browser.execute_script(
             "return Array.from(document.querySelector(arguments[0]).cells, cell => cell.textContent)", row)
 
+    def go(self, **parts):
+        """Shows another address of the page that is open."""
+        self.browser.execute_async_script("""
+            const [hash, done] = arguments;
+            if (location.hash === hash) {
+                done();
+            } else {
+                addEventListener('hashchange', () => done(), {once: true});
+                location.hash = hash;
+            }""", "#" + urllib.parse.urlencode(parts))
+
+    def said(self, what):
+        return self.browser.execute_script(ALL_TEXTS, what)
+
+    def test_everything_is_said_of_a_damaged_and_of_a_healthy_bus(self):
+        """Written again like the outputs of the commands: see expected_test.py."""
+        columns = {"interfaces": "id name role domain type version state pid app providers users".split(),
+                   "processes": "pid app living started provides uses communicators".split(),
+                   "memory": "manager blocksize initial additional total used free use".split(),
+                   "messages": "slot state counter size sender name to data external fault".split()}
+        filters = {"interfaces": ["Clock", "clock type:stub", "pid:100", "pid:10", "pid:", "id:3", "communicator:7", "users:0", "state:reg",
+                                  "colon:x", ":3", "type:STUB", "app:nav", "no such"],
+                   "processes": ["HID", "living:no", "pid:100 living:yes", "provides:1", "uses:0", "communicators:8"],
+                   "memory": ["512", "total:40", "use:1", "manager:0"],
+                   "messages": ["Clock", "provider data", "sender:0", "to:2", "to:4", "to:3", "to:5", "to:6", "to:65535", "to:", "state:data", "size:12",
+                                "fault:loop", "external:1", "counter:65535", "local", "name:clock"]}
+        for name in "damaged", "healthy":
+            with open(f"{HERE}/states/{name}.json") as file:
+                state = json.load(file)
+            self.open(self.make_page(name, "--from", f"{HERE}/states/{name}.json"))
+            lines = self.said("head")
+            for view in columns:
+                self.go(view=view)
+                lines += ["", f"{view}:", *self.said("list"), *self.said("legend")]
+                for query in filters[view]:
+                    self.go(view=view, filter=query)
+                    lines += [f"filter {query}: {' '.join(self.said('order'))} ({self.text('#count')})"]
+                for column in columns[view]:
+                    for sort in column, "-" + column:
+                        self.go(view=view, sort=sort)
+                        lines += [f"sort {sort}: {' '.join(self.said('order'))}"]
+            self.go(view="messages", sort="-size")
+            things = [*(f"interface:{face['id']}" for face in state["interfaces"]), "interface:3.2",
+                      *(f"communicator:{one['id']}" for one in state["communicators"]), "process:500",
+                      *(f"memory:{i}" for i in range(len(state["memory_managers"]))),
+                      *(f"slot:{slot['index']}" for slot in state["message_storage"]["slots"]), "slot:50", "memory:70"]
+            for thing in things:
+                self.go(view="interfaces", at=thing)
+                lines += ["", f"{thing}:", *self.said("chosen")]
+            self.compare(f"{HERE}/expected/page_{name}.txt", "\n".join(lines) + "\n")
+
+    def compare(self, name, found):
+        if os.environ.get("ZUNIC_WRITE_EXPECTED") == "1":
+            with open(name, "w") as file:
+                file.write(found)
+        with open(name) as file:
+            self.assertEqual(found.split("\n"), file.read().split("\n"))
+
     def test_filter_and_sort_act_on_all_rows_and_stand_in_the_address(self):
         self.open(self.small)
         self.one("#filter").send_keys("clock type:stub")
@@ -262,6 +349,86 @@ class Page(unittest.TestCase):
         self.assertIn("3 interfaces", self.text("#picture"))
         self.one("#picture button").click()
         self.assertEqual(len(self.all(".node.group")), 41)  # With the one that nobody has.
+
+    def make_page_of_many(self):
+        """Ten more rows than are drawn at first, and lists on both sides of each limit."""
+        faces = [interface(i, f"Zone{130 - i}", communicator=1 if i < 24 else 2) for i in range(127)]
+        faces[0].update(type="skeleton", receivers=list(range(1, 13)))
+        faces[1].update(type="skeleton", receivers=list(range(2, 15)), name=[0xff, 0x5c, 0x78])
+        faces[126].update(communicator=4096, name="zoneless")
+        state = state_of(faces, [communicator(1, 7, "few"), communicator(2, 8, "many")])
+        storage = state["message_storage"]
+        storage["slots"] = [{**storage["slots"][0], "index": i, "sender": i, "receivers": list(range(60 + i)),
+                             "chain": {"entries": [], "end": "whole"}} for i in range(2)]
+        return self.make_page_of(state)
+
+    def test_what_is_very_much_is_shown_in_parts_and_whole_when_asked_for(self):
+        self.open(self.make_page_of_many())
+        self.assertEqual((len(self.column(0)), self.text("#count")), (50, "127 interfaces, 1 to 50 shown"))
+        for chosen, drawn in (49, range(50)), (50, range(40, 90)), (126, range(116, 127)):
+            self.go(view="interfaces", sort="id", at=f"interface:{chosen}")
+            self.wait(lambda: self.text("tr[aria-current] td"), str(chosen))
+            self.assertEqual(self.column(0), list(map(str, drawn)))
+            self.go(view="memory")
+        self.go(view="interfaces", at="interface:126")
+        self.one("#before").click()
+        self.assertEqual(self.column(0), list(map(str, range(127))))
+        self.go(view="interfaces", sort="name")
+        self.assertEqual(self.column(1)[:4], ["\\xff\\x5cx", "Zone5", "Zone6", "Zone7"])
+        self.browser.execute_script("dispatchEvent(new Event('beforeprint'))")
+        self.assertEqual(len(self.column(0)), 127)
+        self.browser.execute_script("dispatchEvent(new Event('afterprint'))")
+        self.assertEqual(len(self.column(0)), 50)
+        self.one("#more").click()
+        self.assertEqual((len(self.column(0)), self.text("#count")), (127, "127 interfaces"))
+        self.assertEqual(self.column(1)[-1], "zoneless")
+        found = {}
+        for thing in "interface:0", "interface:1", "process:7", "process:8":
+            self.go(view="interfaces", at=thing)
+            found[thing] = (len(self.all("#picture .node.stub, #picture .node.skeleton")),
+                            [group.text for group in self.all("#picture .node.group")])
+        self.assertEqual(found, {"interface:0": (13, ["and 23 others"]), "interface:1": (2, ["and 23 others", "13 interfaces"]),
+                                 "process:7": (26, ["14 interfaces"]), "process:8": (24, ["78 more interfaces"])})
+        for slot, more in (0, []), (1, ["1 more"]):
+            self.go(view="messages", at=f"slot:{slot}")
+            self.wait(self.title, f"Slot {slot}")
+            self.assertEqual([button.text for button in self.all("#details button")], more)
+        self.one("#details button").click()
+        self.assertEqual(self.text("#details dd:last-of-type").split(), list(map(str, range(61))))
+        rows = self.all("#findings li")
+        self.assertRegex(rows[3].text, r"Show 100 of \d+ more no-provider")
+        self.one("#findings button").click()
+        self.assertEqual(len(self.all("#findings li")), len(rows) + 100)
+        self.one("#findings button").click()
+        found = [code.text for code in self.all("#findings code")].count("no-provider")
+        self.assertEqual(found, 125)  # All but the two skeletons.
+
+    def test_a_filter_is_typed_and_found_again(self):
+        self.open(self.small)
+        self.one("body").send_keys("/")
+        self.assertEqual(self.browser.switch_to.active_element.get_attribute("id"), "filter")
+        self.one("#filter").send_keys("a/b")
+        self.assertEqual(self.one("#filter").get_property("value"), "a/b")
+        self.wait(lambda: "filter=a%2Fb" in self.browser.current_url, True)
+        self.browser.back()  # What is typed is no place of its own.
+        self.wait(lambda: self.browser.current_url, "about:blank")
+        self.browser.forward()
+        self.wait(lambda: self.text("#count"), "0 of 12 interfaces")
+        # One that leaves at once finds what was typed last.
+        self.browser.execute_script("""
+            const filter = document.querySelector('#filter');
+            filter.value = 'tuner';
+            filter.dispatchEvent(new Event('input'));
+            document.querySelector('nav a[data-view=memory]').click();""")
+        self.wait(lambda: self.text("#count"), "2 memory managers")
+        self.browser.back()
+        self.wait(lambda: self.text("#count"), "2 of 12 interfaces")
+        self.assertEqual(self.one("#filter").get_property("value"), "tuner")
+
+    def test_of_an_empty_bus_it_says_so(self):
+        self.open(self.make_page_of(state_of([], [])))
+        self.assertIn("0 interfaces, 0 links, 0 processes", self.text("#facts"))
+        self.assertEqual([self.text("#count"), self.text("#chosen-title")], ["0 interfaces", "Nothing selected"])
 
 
 if __name__ == "__main__":

@@ -79,6 +79,10 @@ sees '*READY*'
 type_line "stty -g >'$scratch/before'; echo as it was"
 type_line "zunic_inspect top -c $channel; echo status \$?"
 
+# What is dead is red, and what shows only over time is found.
+sees -e $'*processes 6  \e\\[31mdead 1*'
+sees '*findings:  3 errors  3 warnings*'
+
 # The tables. Each is told by what only it shows.
 sees "$channel*interfaces 12 *processes 6 *dead 1 *links 7*messages/s 0*slots 32*free 18*findings:*+PID*clockd*processes 1/6*"
 keys 2
@@ -86,7 +90,8 @@ sees '*+ID NAME*Clock *Provider*navigator*interfaces 1/12*'
 keys 3
 sees '*+MANAGER*256*4096*memory 1/2*'
 keys 4
-sees '*+SLOT*invalid-index:32*messages 1/14*'
+sees -e '*+SLOT*invalid-index:32*messages 1/14*'
+[[ $seen != *$'\e'*36m* ]] || fail "messages are marked as new when one turns to them"
 keys 5
 sees '*+SENDER NAME*MSG/S*STILL*traffic 1/*'
 keys Enter
@@ -112,10 +117,19 @@ keys Enter
 sees '*Tuner *skeleton*used by*Tuner *Dashboard*Esc close*'
 escape '*interfaces 2/2*'
 escape '*interfaces 12/12*'
-keys h
+"${terminal[@]}" send-keys -l /x
+"${terminal[@]}" send-keys -l ü
+keys BSpace y
+sees '*filter: xy_*'
+escape '*interfaces */12  h help*'
+keys Enter
+sees '*Esc close*'
+keys 3
+sees '*memory 1/2*h help*'
+keys 2 h
 sees '*pause or continue*Columns of interfaces:*'
 keys h 1 Enter
-sees '*APP            clockd*Interfaces:*Clock*'
+sees '*APP            clockd*Interfaces:*Clock*Communicators:*INTERFACES*'
 escape '*processes 1/6*'
 keys 4 Down Down Enter
 sees '*written*Receivers:*Route*Dashboard*Chain:*3 data*5 data*'
@@ -154,8 +168,20 @@ sees '*every *00ms*'
 
 size 40 10
 sees '*processes *findings:*+PID*processes 1/6*'
-keys 2 Right Right
-sees '*+ID*DOMAIN*interfaces*'
+mapfile -t lines <<<"$seen"
+[[ ${lines[4]} == *+PID* && ${lines[3]} == findings:* ]] || fail "the head is not half of the screen at most"
+keys h End
+sees '*COMMUNICATORS *APP *Esc close*'
+escape '*processes 1/6*'
+keys Enter
+sees '*PID  *LIVING *Esc close*'
+escape '*processes 1/6*'
+keys 2 End
+sees '* 12 Tuner *interfaces 12/12*'
+keys Home Right
+sees '*+ID ROLE *interfaces 1/12*'
+keys Right
+sees '*+ID DOMAIN*interfaces*'
 size 30 8
 sees 'needs at least 40 x 10*'
 size 100 30
@@ -165,13 +191,18 @@ sees '*slots 32*interfaces*Enter details*'
 kill "$bus"
 wait "$bus" || true
 sees '*no usable channel*interfaces 0/0*'
+keys d
+type_line 1m
 cat >"$scratch/hostile.json" <<'END'
 {"processes": [{"name": "p", "communicators": [{"interfaces": [
   {"name": "\u001b[2Jgone", "role": "A", "type": "skeleton", "version": "1.0.0"},
   {"name": "\u754c\u754c", "role": "B", "type": "skeleton", "version": "1.0.0"}]}]}]}
 END
 host "$scratch/hostile.json"
-keys Left Left
+keys 2 Left Left
+sees '*messages/s - *interfaces 2/2*'
+keys d
+type_line 200ms
 sees $'*interfaces 2 *\n*\\x1b\\[2Jgone A *\n* 界界        B *'
 
 # It gives the terminal back, and takes it again.
@@ -181,6 +212,27 @@ sees '*Stopped*'
 size 90 20
 type_line 'fg; echo status $?'
 sees '*findings:*interfaces 2/2*'
+keys C-z
+sees '*Stopped*'
+type_line 'fg; echo status $?'
+sees '*findings:*interfaces 2/2*'
+sees '!(*Stopped*)'
+
+# Another bus takes the place of this one.
+keys 1 Enter
+sees $'*APP            p\n*Esc close*'
+kill "$bus"
+wait "$bus" || true
+sees '*no usable channel*'
+cat >"$scratch/full.json" <<'END'
+{"messageSlots": 1, "messages": [{"state": "message", "sender": 90, "receivers": [70]}],
+ "processes": [{"name": "q", "communicators": [{"interfaces": [
+  {"id": 90, "name": "Only", "role": "A", "type": "skeleton", "version": "1.0.0"}]}]}]}
+END
+host "$scratch/full.json"
+sees -e $'*slots 1 *\e\\[31mfree 0*No longer present.*'
+keys 4 Enter
+sees '*Receivers:*ID NAME *70 missing*'
 keys q
 sees '*as it was*status 0*'
 type_line "stty -g >'$scratch/after'; zunic_inspect top -c $channel; echo stopped by \$?"
