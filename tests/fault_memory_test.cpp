@@ -41,6 +41,7 @@ Ended inspectOnce(const std::vector<std::string>& arguments)
         dup2(nowhere, STDOUT_FILENO);
         dup2(nowhere, STDERR_FILENO);
         std::vector<char*> pointers;
+        pointers.reserve(words.size() + 1);
         for (std::string& word : words) {
             pointers.push_back(word.data());
         }

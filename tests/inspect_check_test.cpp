@@ -169,15 +169,17 @@ TEST(Check, SlotsAndRegistryAreJudgedOnBothSidesOfEachLimit)
         {4'294'967'295, 429'496'730, {}},
         {4'294'967'295, 429'496'729, {"warning slots-low"}},
     };
-    for (const auto& [size, free, expected] : slots) {
+    for (const auto& row : slots) { // clang 14 does not capture structured bindings.
+        const auto size = std::get<0>(row);
+        const auto free = std::get<1>(row);
         const BusState state = healthyBut([&](BusState& s) {
             s.mMessages.mSize = size;
             s.mMessages.mTotals[Channel::eSlotStateFree] = free;
         });
-        EXPECT_EQ(told(state, &state), expected) << free << " of " << size;
+        EXPECT_EQ(told(state, &state), std::get<2>(row)) << free << " of " << size;
     }
-    for (const auto& [entries, expected] :
-         {std::pair<std::size_t, std::set<std::string>>{921, {}}, {922, {"warning registry-full"}}}) {
+    for (const std::size_t entries : {921U, 922U}) {
+        const auto expected = entries == 921 ? std::set<std::string>() : std::set<std::string>{"warning registry-full"};
         EXPECT_EQ(told(healthyBut([&](BusState& s) { s.mCommunicators.resize(entries, s.mCommunicators[0]); })),
                   expected);
         EXPECT_EQ(told(healthyBut([&](BusState& s) { s.mInterfaces.resize(entries, interface(5, 77)); })), expected);
@@ -205,14 +207,16 @@ TEST(Check, NamesAreNearUpToTwoEditsAndLessIfTheyAreShort)
         {"Navigation", "Navigatoin", true},
         {"Navigation", "Navgatoin", false},
     };
-    for (const auto& [skeleton, stub, isNear] : pairs) {
+    for (const auto& row : pairs) {
+        const auto& skeleton = std::get<0>(row);
+        const auto& stub = std::get<1>(row);
         const BusState state = healthyBut([&](BusState& s) {
             s.mInterfaces[0].mReceivers = {};
             s.mInterfaces[0].mName = skeleton;
             s.mInterfaces[1].mName = stub;
             s.mInterfaces[1].mDomain = "elsewhere";
         });
-        EXPECT_EQ(told(state).contains("note near-miss"), isNear) << skeleton << ' ' << stub;
+        EXPECT_EQ(told(state).contains("note near-miss"), std::get<2>(row)) << skeleton << ' ' << stub;
         const BusState used = healthyBut([&](BusState& s) {
             s.mInterfaces = state.mInterfaces;
             s.mInterfaces[0].mReceivers = {2};

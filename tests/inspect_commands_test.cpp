@@ -122,6 +122,7 @@ void fill(HostedChannel& channel)
 {
     ZunicHosting::LockedRegistry lock = channel.lock();
     std::vector<std::uint16_t> ids;
+    ids.reserve(20);
     for (int i = 0; i < 20; ++i) {
         ids.push_back(lock.registerInterface({.interfaceName = "Clock", .roleName = "r"}));
     }

@@ -128,6 +128,7 @@ TEST(MessageSampler, NeverWritesNorTakesTheMutex)
             if (line.find(channel.name()) != std::string::npos &&
                 std::sscanf(line.c_str(), "%lx-%lx rw", &begin, &end) == 2) {
                 writable += line.find(" rw") != std::string::npos ? 1 : 0;
+                // NOLINTNEXTLINE(performance-no-int-to-ptr): as the kernel names it.
                 mprotect(reinterpret_cast<void*>(begin), end - begin, PROT_READ);
             }
         }
