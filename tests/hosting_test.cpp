@@ -88,6 +88,13 @@ TEST_F(Hosting, registersNoIdTwiceAndNoNameThatDoesNotFit)
     EXPECT_THAT(mRegistry.interfaces[0].receivers, Each(0));
 }
 
+TEST_F(Hosting, fillsABlockToItsEnd)
+{
+    constexpr std::size_t cRoom = 64 - sizeof(ZunicFormat::FunctionStorageHeader) - sizeof(ZunicFormat::FunctionRecord);
+    EXPECT_EQ(mLock.publishFunctions({std::string(cRoom, 'f')}).range_index, 0);
+    EXPECT_NE(errorOf([&] { mLock.publishFunctions({std::string(cRoom + 1, 'f')}); }), 0);
+}
+
 TEST(MemoryManagerRecord, hasNoMoreBlocksThanItMayGrowTo)
 {
     oxa_memory_manager_record record;

@@ -116,6 +116,7 @@ TEST_F(MessageDump, EverySlotState)
     slots.put(9, {4, 0, {}, cNone});
     slots.put(10, {5});
     slots.put(11, {15});
+    slots.put(12, {1, 0});
     slots.put(15, {1, 0});
     EXPECT_EQ(dumped(slots, 16), TestSupport::expectedText("every_slot_state.txt"));
 }
@@ -200,6 +201,20 @@ TEST_F(MessageDump, IsCutOffInALineOfMoreThan199Characters)
     EXPECT_THAT(dumped(slots, 1), HasSubstr("[136]\nMessage writer counter: 65535\nUser data"));
     slots.put(0, {.receivers = {1023}});
     EXPECT_THAT(dumped(slots, 1), testing::EndsWith("[136]\n"));
+
+    // Also where a block of what is copied ends in it.
+    constexpr std::size_t cSlots = 120;
+    receivers.push_back(1023);
+    std::string text;
+    for (std::size_t position = 40; position < cSlots; ++position) {
+        Slots many(cSlots);
+        for (std::size_t i = 0; i < cSlots; ++i) {
+            many.put(i, {.receivers = i == position ? receivers : std::vector<unsigned>{}});
+        }
+        text = dumped(many, cSlots);
+        EXPECT_THAT(text, testing::EndsWith("[136]\n")) << position;
+    }
+    EXPECT_GT(text.size(), 16'384);
 }
 
 TEST_F(MessageDump, SlotsThatCannotBeReadCountAsFree)
