@@ -138,7 +138,9 @@ TEST_F(FaultOfTheMemory, AllReceiversInAllSlots)
     expectWithin(channel, {{"check", "--json", "--again", "1ms"},
                            {"metrics", "--again", "1ms"},
                            {"page", "-"},
-                           {"list", "messages", "-o", "SLOT"}});
+                           {"list", "messages", "-o", "SLOT"},
+                           {"list", "messages"},
+                           {"list", "messages", "--all"}});
 }
 
 TEST_F(FaultOfTheMemory, FilesOfMuchInLittleText)
