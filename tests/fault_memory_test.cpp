@@ -36,7 +36,7 @@ Ended inspectOnce(const std::vector<std::string>& arguments)
     std::vector<std::string> words = inspectWords(arguments);
     const pid_t child = fork();
     if (child == 0) {
-        alarm(100);
+        alarm(250);
         const int nowhere = open("/dev/null", O_RDWR | O_CLOEXEC);
         dup2(nowhere, STDOUT_FILENO);
         dup2(nowhere, STDERR_FILENO);
