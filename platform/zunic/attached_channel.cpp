@@ -52,8 +52,8 @@ int AttachedChannel::attach(const char* channelName)
 
 int AttachedChannel::map(int descriptor)
 {
-    // What follows the object in memory is a page that cannot be read: whoever is misled by damaged numbers ends there,
-    // and not in other memory of the process.
+    // The object is followed by a page that cannot be read: an access that damaged numbers lead past the object's end
+    // fails there, instead of reading other memory of the process.
     const auto size = static_cast<std::size_t>(mGeometry.superblock.objectSize);
     const std::size_t guardedSize = size + pageSize();
     void* const bytes = mmap(nullptr, guardedSize, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);

@@ -99,7 +99,7 @@ void HostedObject::create(const ChannelOptions& options)
 }
 
 /// Another creator can open a new object before its own creator has locked it, and takes it for a stale one then. So
-/// whoever has the lock looks whether the object still has its name, and begins anew when it has not.
+/// the holder of the lock checks whether the object still has its name, and starts over if it does not.
 void HostedObject::openNew()
 {
     while (mCreator == 0) {
